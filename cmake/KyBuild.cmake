@@ -1,0 +1,30 @@
+# The few build rules that every folder uses.
+
+# Compile rules of the project's own code: warnings are errors.
+add_library(ky_flags INTERFACE)
+target_compile_options(ky_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+  $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-error=maybe-uninitialized>)
+
+if(KY_TIDY)
+  find_program(CLANG_TIDY clang-tidy REQUIRED)
+  set(CMAKE_CXX_CLANG_TIDY ${CLANG_TIDY} --quiet)
+endif()
+
+# One precompiled header for everything that uses the widgets.
+add_library(ky_pch OBJECT ${CMAKE_SOURCE_DIR}/cmake/pch.cpp)
+target_link_libraries(ky_pch PRIVATE ky_flags Qt6::Widgets Qt6::DBus Qt6::Svg)
+target_precompile_headers(ky_pch PRIVATE <QtWidgets> <QtDBus>)
+set_target_properties(ky_pch PROPERTIES AUTOMOC OFF)
+
+# ky_module(NAME SOURCES files... USES targets...)
+# A folder of a library: an object library which sees only the include folders of what it uses.
+function(ky_module name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  add_library(${name} OBJECT ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE ky_flags PUBLIC Qt6::Widgets Qt6::DBus Qt6::Svg)
+  target_precompile_headers(${name} REUSE_FROM ky_pch)
+  foreach(used ${ARG_USES})
+    target_include_directories(${name} PUBLIC $<TARGET_PROPERTY:${used},INTERFACE_INCLUDE_DIRECTORIES>)
+  endforeach()
+endfunction()

@@ -1,0 +1,1 @@
+// Holds the precompiled header of the widget modules; see KyBuild.cmake.

@@ -1,0 +1,54 @@
+#ifndef PDTM_RECORD_H
+#define PDTM_RECORD_H
+
+#include "schema.h"
+
+#include <span>
+#include <string>
+
+namespace pdtm {
+
+using Bytes = std::span<const uint8_t>;
+
+/**
+ * A card as it stands in the box: its written items, packed into one value.
+ *
+ * Layout: for each item that has a length other than 0, by rising storage id: the storage id (one byte), the
+ * length (LEB128, at most five bytes), the bytes. The view doesn't own the memory. Reading is bounds-checked: a
+ * truncated or contradictory value ends at the last whole item.
+ */
+class RecordView
+{
+public:
+    RecordView() = default;
+    explicit RecordView(Bytes packed) : m_packed(packed) {}
+
+    /** Bytes of an item; empty when it was never written. */
+    [[nodiscard]] Bytes item(StorageId storage) const;
+    /** The attribute byte, 0 when there is none. */
+    [[nodiscard]] uint8_t attribute() const;
+    [[nodiscard]] Bytes packed() const { return m_packed; }
+    /** True when the whole value parses. */
+    [[nodiscard]] bool isValid() const;
+
+    /** Calls visit(StorageId, Bytes) for each item, in order, until it returns false. */
+    template <typename Visit> void forEachItem(Visit visit) const
+    {
+        Bytes rest = m_packed;
+        StorageId storage = 0;
+        Bytes value;
+        while (takeItem(rest, storage, value) && visit(storage, value)) {
+        }
+    }
+
+private:
+    static bool takeItem(Bytes &rest, StorageId &storage, Bytes &value);
+    Bytes m_packed;
+};
+
+/** A copy of the packed record with one item replaced, added or, with an empty value, taken out. */
+[[nodiscard]] std::string withItem(RecordView record, StorageId storage, Bytes value);
+
+} // namespace pdtm
+
+#endif
