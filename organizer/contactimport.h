@@ -2,8 +2,8 @@
 #define CONTACTIMPORT_H
 
 #include "contactbook.h"
+#include "vcardreader.h"
 
-#include <QObject>
 #include <QSet>
 
 class QWidget;
@@ -23,14 +23,18 @@ public:
 
 private:
     void collectPresent();
-    bool saveAll(const QList<ContactTexts> &contacts);
+    bool take(const ContactFields &fields);
+    bool saveBatch();
+    [[nodiscard]] QString report(const VCardReport &read, bool saved, bool stopped) const;
+    [[nodiscard]] static ContactTexts textsOf(const ContactFields &fields);
     [[nodiscard]] static QByteArray fingerprint(const ContactTexts &contact);
 
     ContactBook *m_book;
     QWidget *m_parent;
     QSet<QByteArray> m_present;
+    QList<ContactTexts> m_batch;
     int m_saved = 0;
-    bool m_cancelled = false;
+    int m_doubles = 0;
 };
 
 #endif
