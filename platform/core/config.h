@@ -11,16 +11,25 @@ typedef QMap<QString, QString> ConfigGroup;
 /**
  * A settings file: groups of `key = value` in UTF-8.
  *
- * Reads are tolerant: a missing or damaged file has the groups that can be read. A changed file is written when
- * the object is destroyed, to a sibling file that is renamed, so that a full disk never empties it; an unchanged
- * one isn't written.
+ *     key = of the nameless group
+ *     [Group]
+ *     key = value
+ *
+ * Reads are tolerant: a byte order mark, CR before LF, blank lines, lines that begin with '#' and lines that
+ * aren't of this form are passed over; blanks around names and values don't count; damaged UTF-8 reads as
+ * U+FFFD; of a key that comes twice the last value counts. Nothing is escaped, so a line break inside a name
+ * or value is written as a blank.
+ *
+ * A changed file is written when the object is destroyed, to the sibling NAME.new that is renamed, so that
+ * neither a full disk nor a power cut empties it; an unchanged one isn't written. Of two writers the last one
+ * wins whole.
  */
 class KY_EXPORT Config
 {
 public:
     enum Domain {
         File, ///< the name is the path of the file
-        User  ///< $HOME/Settings/NAME.conf
+        User  ///< $HOME/Settings/NAME.conf; the folder is made when missing
     };
 
     explicit Config(const QString &name, Domain domain = User);
@@ -28,20 +37,27 @@ public:
     Config(const Config &) = delete;
     Config &operator=(const Config &) = delete;
 
-    /** False when the file could not be read. */
+    /** False when there is no file or it could not be read. */
     [[nodiscard]] bool isValid() const;
     [[nodiscard]] bool hasGroup(const QString &group) const;
+    /** Names of all groups by code point; that of the nameless group, when it has keys, is empty. */
     [[nodiscard]] QStringList groupList() const;
-    /** Makes a group current, and makes it when there is none. Keys before the first setGroup() are those of the
-     * nameless group. */
+    /** Makes a group current, and makes it when there is none. Keys before the first setGroup() are those of
+     * the nameless group. */
     void setGroup(const QString &group);
 
     [[nodiscard]] bool hasKey(const QString &key) const;
     [[nodiscard]] QString readEntry(const QString &key, const QString &defaultValue = QString()) const;
+    /** The default also for a value that isn't a decimal number of 32 bits. */
     [[nodiscard]] int readNumEntry(const QString &key, int defaultValue = -1) const;
+    /** Numbers (0 is false) and the words true, yes, on, false, no, off in any case; else the default. */
     [[nodiscard]] bool readBoolEntry(const QString &key, bool defaultValue = false) const;
+    /** Items between separators; a backslash in front of a separator or a backslash makes it part of an item.
+     */
     [[nodiscard]] QStringList readListEntry(const QString &key, QChar separator) const;
 
+    /** A key that is empty, has '=' or a line break in it, begins with '[' or '#' or has blanks at an end
+     * couldn't be read again: it is refused with a warning. */
     void writeEntry(const QString &key, const QString &value);
     void writeEntry(const QString &key, const char *value);
     void writeEntry(const QString &key, int value);
@@ -51,16 +67,28 @@ public:
     /** Takes all keys out of the current group. */
     void clearGroup();
 
-    /** Writes now. @return false when the new contents did not reach the file, which then is as it was */
+    /**
+     * Writes now, if there are changes.
+     * @param file when not empty, the path that this and all later writes go to
+     * @return false when the new contents did not reach the file, which then is as it was
+     */
     bool write(const QString &file = QString());
 
 protected:
+    /** Takes the contents of the file in place of what is in memory. */
     void read();
 
     QMap<QString, ConfigGroup> groups;
-    QMap<QString, ConfigGroup>::Iterator git; ///< the current group
-    QString filename;                         ///< path of the file
-    bool changed = false;
+    /** The current group; groups.end() stands for the nameless group while it has no key. */
+    QMap<QString, ConfigGroup>::Iterator git;
+    QString filename;     ///< path of the file
+    bool changed = false; ///< there is something to write
+
+private:
+    const ConfigGroup *currentGroup() const;
+    void parse(const QByteArray &contents);
+
+    bool readable = false;
 };
 
 #endif

@@ -3,10 +3,8 @@
 
 #include <stddef.h>
 
-#if defined(__GNUC__)
+#ifndef KY_EXPORT
 #define KY_EXPORT __attribute__((visibility("default")))
-#else
-#define KY_EXPORT
 #endif
 
 #ifdef __cplusplus
@@ -14,8 +12,9 @@ extern "C" {
 #endif
 
 /**
- * Where a path of the device lies on this machine: the value of KY_DEVICE_ROOT in front of it, nothing when that
- * is unset. Device nodes below /dev, /tmp and /proc/self are the machine's own and stay as they are.
+ * Where a path of the device lies on this machine: the value of KY_DEVICE_ROOT (without slashes at its end)
+ * in front of it, nothing when that is unset. Device nodes below /dev, /tmp, /proc/self and /proc/PID are the
+ * machine's own and stay as they are, and so does a relative path.
  *
  * @param path absolute path of the device, terminated
  * @param out receives the result, terminated and cut to @p room bytes; may be null when @p room is 0

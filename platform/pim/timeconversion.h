@@ -2,13 +2,13 @@
 #define TIMECONVERSION_H
 
 #include "kyexport.h"
-#include <QDateTime>
 #include <ctime>
+#include <QDateTime>
 
 /**
  * Between wall-clock times and moments. A wall-clock QDateTime carries its date and time only; its own time
- * specification isn't looked at. Local time has the rules of the process's zone (TZ): a time that the zone skips
- * moves forward, one that it has twice is the first.
+ * specification isn't looked at. Local time has the rules of the process's zone (TZ): a time that the zone
+ * skips moves forward, one that it has twice is the first.
  */
 class KY_EXPORT TimeConversion
 {
