@@ -1,6 +1,7 @@
 #include "japanesetext.h"
 #include "kypdatamanager.h"
 #include "kypdatamanager_p.h"
+#include "kypdatamanageriteminfo.h"
 #include "timeconversion.h"
 #include <cstdlib>
 #include <ctime>
@@ -138,6 +139,22 @@ int KyPDataManager::readItemType(const char *code) const
 {
     const PioExtItem *described = d->item(ItemCode(code));
     return described ? described->type : 0;
+}
+
+KyPDataManagerItemInfo KyPDataManager::items() const
+{
+    KyPDataManagerItemInfo all;
+    const int count = d->extBoxInfo ? d->extBoxInfo->itemCount : 0;
+    for (int i = 0; i < count; ++i) {
+        const PioExtItem &described = d->extBoxInfo->items[i];
+        KyPDataManagerItem item;
+        memcpy(item.code, described.code, sizeof item.code);
+        item.type = described.type;
+        item.kind = described.kind;
+        item.label = QString::fromUtf8(described.label);
+        all.addItem(item);
+    }
+    return all;
 }
 
 bool KyPDataManager::setInternalUtc(const char *code)
