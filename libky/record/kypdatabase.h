@@ -1,0 +1,146 @@
+#ifndef KYPDATABASE_H
+#define KYPDATABASE_H
+
+#include "kypdatabaseiteminfo.h"
+#include "kypdatamanager.h"
+
+namespace KyPDtm {
+
+/**
+ * A box of the personal data, its items reached by field numbers: address book, to-do list, calendar, mail
+ * and memo.
+ *
+ * The names and field tables of the standard boxes are static functions here. An application makes its box at
+ * every start, which costs little when it is there, and opens it:
+ *
+ *     KyPDataBase::createAddressbookFile(KyPDataManagerIndexInfo());
+ *     KyPDataBase contacts(KyPDataBase::addressbookFileName(false), KyPDataBase::addressbookItems(), nullptr,
+ *                          false);
+ *     const QString name = contacts.readField(1, contacts.firstCard());
+ *
+ * **Files.** Where a function takes a flag, false gives the path on internal storage, which begins with
+ * `F0:`, true the bare file name. Where it takes a storage number, 1 is the SD card, 2 the CF card, and any
+ * other number internal storage; the folder for boxes on a card is made when it is missing. Paths are byte
+ * strings because that is what a box is opened by.
+ *
+ * **Field numbers** are those of the table the object was made with. A number that stands for nothing gives
+ * the failure value of the call.
+ */
+class KY_EXPORT KyPDataBase : public KyPDataManager
+{
+    Q_OBJECT
+public:
+    /**
+     * Opens a box; see KyPDataManager for the arguments and for what follows when it can't be opened.
+     * @param items its field table, of which the object keeps a copy
+     */
+    KyPDataBase(const char *boxFile, const KyPDataBaseItemInfo &items, QWidget *parent, bool readOnly);
+    ~KyPDataBase() override;
+
+    /** @name Fields of a card
+     * The calls of KyPDataManager by field number: readItem(), readTimeItem(), ... tell the results. Card 0
+     * is the current card.
+     * @{ */
+
+    [[nodiscard]] QString readField(int field, unsigned long card = 0) const;
+    [[nodiscard]] QDateTime readTimeField(int field, unsigned long card = 0, bool utc = false) const;
+    /** A flag in the place of the card is a mistake. */
+    QDateTime readTimeField(int field, bool utc) const = delete;
+    [[nodiscard]] QDate readDateField(int field, unsigned long card = 0) const;
+    [[nodiscard]] int readUcharField(int field, unsigned long card = 0) const;
+    [[nodiscard]] int readUshortField(int field, unsigned long card = 0) const;
+    /** The value; 0 on failure too, which can't be told from a stored 0. */
+    [[nodiscard]] unsigned long readUlongField(int field, unsigned long card = 0) const;
+
+    bool clearField(int field);                                       ///< empties a field of the work card
+    bool writeField(int field, const char *data, unsigned long size); ///< raw bytes; null clears the field
+    bool writeField(int field, const QDateTime &time);                ///< a moment, its fields as they stand
+    bool writeField(int field, const QDate &date);                    ///< a date with no time
+    bool writeField(int field, const QString &text);                  ///< text
+    bool writeField(int field, unsigned char value);                  ///< one byte
+    bool writeField(int field, unsigned short value);                 ///< two bytes
+    bool writeField(int field, unsigned long value);                  ///< four bytes, the low ones
+    /** Say the width: cast to one of the three types above. */
+    template <typename T>
+    requires(std::is_arithmetic_v<T> || std::is_enum_v<T>) bool writeField(int field, T value) = delete;
+    /** To clear a field call clearField(). */
+    bool writeField(int field, std::nullptr_t) = delete;
+    /** @} */
+
+    /** @name Field numbers
+     * @{ */
+
+    /** Type of the item as the record store numbers it (17 text, 4 time, ...), not the ItemType of the table;
+     * 0 for an unknown one. */
+    [[nodiscard]] int readFieldType(int field) const;
+    /** Item number in the box, from 1; 0 for an unknown one. */
+    [[nodiscard]] int nameToFieldId(int field) const;
+    /** Code of the field, always four bytes; all 0 for a number that stands for nothing. */
+    [[nodiscard]] QByteArray itemName(int field) const;
+    /** @} */
+
+    /** @name Names of the standard boxes and their indexes
+     * @{ */
+
+    [[nodiscard]] static QByteArray addressbookFileName(bool bare);
+    [[nodiscard]] static QByteArray todolistFileName(bool bare);
+    [[nodiscard]] static QByteArray datebookFileName(bool bare);
+    [[nodiscard]] static QByteArray memoFileName(bool bare);
+    [[nodiscard]] static QByteArray mailInboxFileName(int storage);
+    [[nodiscard]] static QByteArray mailOutboxFileName(int storage);
+
+    [[nodiscard]] static QByteArray addressbookMasterIdx(bool bare);
+    [[nodiscard]] static QByteArray todolistMasterIdx(bool bare);
+    [[nodiscard]] static QByteArray datebookMasterIdx(bool bare);
+    [[nodiscard]] static QByteArray datebookStartIdx(bool bare);  ///< events that don't repeat, by start
+    [[nodiscard]] static QByteArray datebookEndIdx(bool bare);    ///< events that don't repeat, by end
+    [[nodiscard]] static QByteArray datebookMultiIdx(bool bare);  ///< events of several days
+    [[nodiscard]] static QByteArray datebookRepeatIdx(bool bare); ///< events that repeat
+    [[nodiscard]] static QByteArray memoMasterIdx(bool bare);
+    [[nodiscard]] static QByteArray mailInboxMasterIdx(int storage);
+    [[nodiscard]] static QByteArray mailOutboxMasterIdx(int storage);
+    /** @} */
+
+    /** @name Field tables of the standard boxes
+     * With labels in the language of the application. Memos have no table: their items are `CLAS` title,
+     * `MEM1` contents, `dATE` time of change, and the categories.
+     * @{ */
+
+    [[nodiscard]] static KyPDataBaseItemInfo addressbookItems();
+    [[nodiscard]] static KyPDataBaseItemInfo todolistItems();
+    [[nodiscard]] static KyPDataBaseItemInfo datebookItems();
+    [[nodiscard]] static KyPDataBaseItemInfo maillistItems(); ///< of both mail boxes
+    /** @} */
+
+    /** @name Making the standard boxes
+     * KyPDataManager::createFile() with the names, items and order of the box; safe at every start. @p
+     * indexes are the indexes wanted beside the master index. Always true: whether it worked shows when the
+     * box is opened.
+     * @{ */
+
+    static bool createAddressbookFile(const KyPDataManagerIndexInfo &indexes);
+    static bool createTodolistFile(const KyPDataManagerIndexInfo &indexes);
+    static bool createDatebookFile(const KyPDataManagerIndexInfo &indexes);
+    static bool createMailInboxFile(const KyPDataManagerIndexInfo &indexes, int storage);
+    static bool createMailOutboxFile(const KyPDataManagerIndexInfo &indexes, int storage);
+    static bool createMemoFile(const KyPDataManagerIndexInfo &indexes);
+    /** @} */
+
+private:
+    Q_DISABLE_COPY_MOVE(KyPDataBase)
+    const std::unique_ptr<const KyPDataBaseItemInfo> fields;
+};
+
+/**
+ * The folder for boxes on a card, made when it is missing.
+ * @param mount where the card is mounted, with no slash at the end
+ * @return the folder, ending in a slash; also when it could not be made
+ */
+[[nodiscard]] KY_EXPORT QString getExternalPath(const QString &mount);
+
+} // namespace KyPDtm
+
+using KyPDtm::getExternalPath;
+using KyPDtm::KyPDataBase;
+
+#endif
