@@ -117,6 +117,7 @@ std::optional<unsigned long> ContactBook::remove(unsigned long card)
     return card;
 }
 
+/* One transaction: a change that fails in it undoes all of it. */
 bool ContactBook::addAll(const QList<ContactTexts> &contacts)
 {
     if (!ask() || !m_box->beginAction())
@@ -124,5 +125,5 @@ bool ContactBook::addAll(const QList<ContactTexts> &contacts)
     bool written = true;
     for (const ContactTexts &contact : contacts)
         written = written && write(0, contact) != 0;
-    return m_box->endAction(written) && written;
+    return m_box->endAction() && written;
 }
