@@ -1,6 +1,6 @@
 #include "config.h"
 
-#include "replacefile.h"
+#include "replacefile_p.h"
 #include <QDebug>
 #include <QDir>
 #include <QFile>
