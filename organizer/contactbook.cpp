@@ -1,6 +1,7 @@
 #include "contactbook.h"
 
 #include "addressfields.h"
+#include "kypdatamanagerindexinfo.h"
 
 namespace {
 
@@ -11,7 +12,7 @@ constexpr int WatchInterval = 300; // ms, to see that it was lent or came back
 
 ContactBook::ContactBook(QObject *parent) : QObject(parent)
 {
-    KyPDataBase::createAddressbookFile({});
+    KyPDataBase::createAddressbookFile(KyPDataManagerIndexInfo());
     connect(&m_watch, &QTimer::timeout, this, &ContactBook::look);
     open();
     m_available = isAvailable();
@@ -76,7 +77,7 @@ QString ContactBook::text(unsigned long card, int field) const
 ContactTexts ContactBook::texts(unsigned long card) const
 {
     ContactTexts result;
-    for (int field = 1; field < AddressField::Count; ++field) {
+    for (int field = AddressField::First; field <= AddressField::Last; ++field) {
         const QString value = text(card, field);
         if (!value.isEmpty())
             result.insert(field, value);

@@ -35,10 +35,10 @@ QString fullName(const Text &text)
 QString fullReading(const Text &text)
 {
     const QString reading =
-        VCard::joined({firstOf(text, {AddressField::LastReading, AddressField::LastName}),
-                       firstOf(text, {AddressField::FirstReading, AddressField::FirstName})});
+        VCard::joined({firstOf(text, {AddressField::LastPronunciation, AddressField::LastName}),
+                       firstOf(text, {AddressField::FirstPronunciation, AddressField::FirstName})});
     return reading.isEmpty()
-               ? firstOf(text, {AddressField::Nickname, AddressField::CompanyReading, AddressField::Company,
+               ? firstOf(text, {AddressField::Nickname, AddressField::CompanyPronunciation, AddressField::Company,
                                 AddressField::DefaultEmail, AddressField::MobilePhone})
                : reading;
 }
@@ -57,5 +57,5 @@ void ContactNames::completeNames(ContactTexts &changed, const ContactTexts &orig
             changed.insert(field, text);
     };
     complete(AddressField::FullName, fullName);
-    complete(AddressField::FullReading, fullReading);
+    complete(AddressField::FullPronunciation, fullReading);
 }

@@ -38,8 +38,8 @@ ContactsModel::Row ContactsModel::read(int row) const
         }
         return QString();
     };
-    return {{firstOf({AddressField::FullName, AddressField::FullReading, AddressField::Company}),
-             m_book->text(card, AddressField::FullReading),
+    return {{firstOf({AddressField::FullName, AddressField::FullPronunciation, AddressField::Company}),
+             m_book->text(card, AddressField::FullPronunciation),
              firstOf({AddressField::MobilePhone, AddressField::HomePhone, AddressField::BusinessPhone,
                       AddressField::BusinessMobile})}};
 }
