@@ -126,5 +126,7 @@ bool ContactBook::addAll(const QList<ContactTexts> &contacts)
     bool written = true;
     for (const ContactTexts &contact : contacts)
         written = written && write(0, contact) != 0;
-    return m_box->endAction() && written;
+    const bool ended = m_box->endAction();
+    emit contactsChanged();
+    return ended && written;
 }

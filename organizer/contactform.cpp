@@ -178,10 +178,11 @@ void ContactForm::save()
     }
     const unsigned long card = m_book->save(gone ? 0 : m_card, changed);
     if (card == 0) {
-        QMessageBox::warning(this, tr("Contacts"),
-                             m_book->isAvailable()
-                                 ? tr("The contact could not be saved. The storage may be full.")
-                                 : tr("The contacts are in use by another application. Try again in a moment."));
+        QMessageBox::warning(
+            this, tr("Contacts"),
+            m_book->isAvailable()
+                ? tr("The contact could not be saved. The storage may be full.")
+                : tr("The contacts are in use by another application. Try again in a moment."));
         return;
     }
     emit saved(card);

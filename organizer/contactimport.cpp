@@ -14,7 +14,8 @@ constexpr int CardsPerAction = 100; // one synchronisation to disk each
 
 } // namespace
 
-ContactImport::ContactImport(ContactBook *book, QWidget *parent) : QObject(parent), m_book(book), m_parent(parent)
+ContactImport::ContactImport(ContactBook *book, QWidget *parent)
+    : QObject(parent), m_book(book), m_parent(parent)
 {
 }
 
@@ -105,10 +106,12 @@ QString ContactImport::report(const VCardReport &read, bool saved, bool stopped)
     imported.imported = m_saved;
     QStringList lines(importReport(imported));
     if (m_doubles > 0)
-        lines.append(tr("%n contact(s) were there already", nullptr, m_doubles));
+        lines.append(m_doubles == 1 ? tr("1 contact was there already")
+                                    : tr("%1 contacts were there already").arg(m_doubles));
     if (!saved)
-        lines.append(tr("The rest could not be saved: the storage may be full, or another application has the "
-                        "contacts"));
+        lines.append(
+            tr("The rest could not be saved: the storage may be full, or another application has the "
+               "contacts"));
     else if (stopped)
         lines.append(tr("The rest was left out, as you wished"));
     return lines.join(QLatin1Char('\n'));

@@ -16,8 +16,8 @@ public:
     /** @param parent progress is shown on it, from 200 cards on */
     ContactImport(ContactBook *book, QWidget *parent);
 
-    /** Reads the file and saves its contacts, a few hundred at a time. A contact that is there already with the
-     * same fields isn't doubled.
+    /** Reads the file and saves its contacts, a few hundred at a time. A contact that is there already with
+     * the same fields isn't doubled.
      * @return what came of it, for the user */
     QString run(const QString &path);
 

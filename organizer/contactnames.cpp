@@ -23,10 +23,10 @@ QString fullName(const Text &text)
     const QString last = text(AddressField::LastName);
     const QString first = text(AddressField::FirstName);
     const QString middle = text(AddressField::MiddleName);
-    const QString name = VCard::isEastAsian(last + first)
-                             ? VCard::joined({last, middle, first})
-                             : VCard::joined({text(AddressField::Title), first, middle, last,
-                                              text(AddressField::Suffix)});
+    const QString name =
+        VCard::isEastAsian(last + first)
+            ? VCard::joined({last, middle, first})
+            : VCard::joined({text(AddressField::Title), first, middle, last, text(AddressField::Suffix)});
     return name.isEmpty() ? firstOf(text, {AddressField::Nickname, AddressField::Company,
                                            AddressField::DefaultEmail, AddressField::MobilePhone})
                           : name;
@@ -38,8 +38,8 @@ QString fullReading(const Text &text)
         VCard::joined({firstOf(text, {AddressField::LastPronunciation, AddressField::LastName}),
                        firstOf(text, {AddressField::FirstPronunciation, AddressField::FirstName})});
     return reading.isEmpty()
-               ? firstOf(text, {AddressField::Nickname, AddressField::CompanyPronunciation, AddressField::Company,
-                                AddressField::DefaultEmail, AddressField::MobilePhone})
+               ? firstOf(text, {AddressField::Nickname, AddressField::CompanyPronunciation,
+                                AddressField::Company, AddressField::DefaultEmail, AddressField::MobilePhone})
                : reading;
 }
 

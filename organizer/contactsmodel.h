@@ -5,8 +5,8 @@
 
 class ContactBook;
 
-/** The contacts as rows, in the order of the box; a row is read when it is shown. While the box is lent to another
- * application the model keeps its rows and the texts that it has shown. */
+/** The contacts as rows, in the order of the box; a row is read when it is shown. While the box is lent to
+ * another application the model keeps its rows and the texts that it has shown. */
 class ContactsModel : public QAbstractTableModel
 {
     Q_OBJECT

@@ -13,10 +13,32 @@
 #include <QMessageBox>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QStyledItemDelegate>
 #include <QTextBrowser>
 #include <QToolBar>
 #include <QTreeView>
 #include <QVBoxLayout>
+
+namespace {
+
+/* Rows that a finger can hit. */
+class RowDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        return QStyledItemDelegate::sizeHint(option, index) + QSize(0, option.fontMetrics.height() / 2);
+    }
+};
+
+QString countText(int count)
+{
+    return count == 1 ? ContactsPage::tr("1 contact") : ContactsPage::tr("%1 contacts").arg(count);
+}
+
+} // namespace
 
 ContactsPage::ContactsPage(QWidget *parent)
     : QWidget(parent), m_book(new ContactBook(this)), m_model(new ContactsModel(m_book, this)),
@@ -53,6 +75,7 @@ QWidget *ContactsPage::makeList()
 
     m_list = new QTreeView;
     m_list->setModel(m_model);
+    m_list->setItemDelegate(new RowDelegate(m_list));
     m_list->setRootIsDecorated(false);
     m_list->setUniformRowHeights(true);
     m_list->setAlternatingRowColors(true);
@@ -61,7 +84,8 @@ QWidget *ContactsPage::makeList()
     m_list->header()->resizeSection(ContactsModel::Name, 170);
     m_list->header()->resizeSection(ContactsModel::Reading, 160);
     connect(m_list, &QTreeView::activated, this, &ContactsPage::editContact);
-    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this, &ContactsPage::showSelected);
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &ContactsPage::showSelected);
 
     m_details = new QTextBrowser;
     m_details->setOpenLinks(false);
@@ -136,16 +160,19 @@ QString ContactsPage::detailsOf(unsigned long card) const
 {
     const KyPDataBaseItemInfo labels = KyPDataBase::addressbookItems();
     const ContactTexts texts = m_book->texts(card);
+    const QString shownAbove[] = {texts.value(AddressField::FullName),
+                                  texts.value(AddressField::FullPronunciation)};
     QString rows;
     for (auto it = texts.cbegin(); it != texts.cend(); ++it) {
-        if (it.key() == AddressField::FullName)
+        if (std::find(std::begin(shownAbove), std::end(shownAbove), *it) != std::end(shownAbove))
             continue;
         rows += QStringLiteral("<tr><td style='color:gray; padding-right:8px'>%1</td><td>%2</td></tr>")
                     .arg(labels.itemInfo(it.key()).label.toHtmlEscaped(),
                          it->toHtmlEscaped().replace(QLatin1Char('\n'), QLatin1String("<br>")));
     }
-    return QStringLiteral("<h3>%1</h3><table>%2</table>")
-        .arg(texts.value(AddressField::FullName).toHtmlEscaped(), rows);
+    return QStringLiteral("<div style='font-size:large; font-weight:bold'>%1</div>"
+                          "<div style='color:gray'>%2</div><table style='margin-top:6px'>%3</table>")
+        .arg(shownAbove[0].toHtmlEscaped(), shownAbove[1].toHtmlEscaped(), rows);
 }
 
 void ContactsPage::updateState()
@@ -156,8 +183,7 @@ void ContactsPage::updateState()
     m_edit->setEnabled(selected);
     m_delete->setEnabled(selected);
     m_undo->setEnabled(!m_deleted.isEmpty());
-    m_state->setText(available ? tr("%n contact(s)", nullptr, m_book->count())
-                               : tr("In use by another application"));
+    m_state->setText(available ? countText(m_book->count()) : tr("In use by another application"));
 }
 
 QString ContactsPage::summary() const
@@ -193,8 +219,7 @@ void ContactsPage::deleteContact()
     if (!m_book->ask() || m_card == 0)
         return;
     const ContactTexts texts = m_book->texts(m_card);
-    if (QMessageBox::question(this, tr("Contacts"),
-                              tr("Delete %1?").arg(texts.value(AddressField::FullName)),
+    if (QMessageBox::question(this, tr("Contacts"), tr("Delete %1?").arg(texts.value(AddressField::FullName)),
                               QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes)
         return;
     const std::optional<unsigned long> neighbour = m_book->remove(m_card);

@@ -31,15 +31,17 @@ std::optional<QSize> parseScreen(const QString &text)
 Options parseOptions(const QCoreApplication &application)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("The Organizer: your contacts, held in a box of records."));
+    parser.setApplicationDescription(
+        QStringLiteral("The Organizer: your contacts, held in a box of records."));
     parser.addHelpOption();
-    parser.addOptions({{QStringLiteral("name"), QStringLiteral("Run as an application of this name."),
-                        QStringLiteral("name"), QStringLiteral("kyorganizer")},
-                       {QStringLiteral("import"), QStringLiteral("Import a vCard file."), QStringLiteral("file")},
-                       {QStringLiteral("tour"), QStringLiteral("Write a picture of every page and end."),
-                        QStringLiteral("folder")},
-                       {QStringLiteral("screen"), QStringLiteral("Size of the screen."),
-                        QStringLiteral("WxH"), QStringLiteral("480x640")}});
+    parser.addOptions(
+        {{QStringLiteral("name"), QStringLiteral("Run as an application of this name."),
+          QStringLiteral("name"), QStringLiteral("kyorganizer")},
+         {QStringLiteral("import"), QStringLiteral("Import a vCard file."), QStringLiteral("file")},
+         {QStringLiteral("tour"), QStringLiteral("Write a picture of every page and end."),
+          QStringLiteral("folder")},
+         {QStringLiteral("screen"), QStringLiteral("Size of the screen."), QStringLiteral("WxH"),
+          QStringLiteral("480x640")}});
     parser.process(application);
     const std::optional<QSize> screen = parseScreen(parser.value(QStringLiteral("screen")));
     if (!screen) {

@@ -30,8 +30,9 @@ bool takeTour(MainWindow &window, const QString &folder)
     contacts->selectRow(0);
     bool written = show(window, folder, QStringLiteral("contacts"), contacts->summary());
     contacts->editContact();
-    written = show(window, folder, QStringLiteral("contact"), QStringLiteral("the form of the first contact")) &&
-              written;
+    written =
+        show(window, folder, QStringLiteral("contact"), QStringLiteral("the form of the first contact")) &&
+        written;
     contacts->showList();
     return written;
 }
