@@ -134,14 +134,14 @@ unsigned long ContactsPage::selectedCard() const
 void ContactsPage::selectRow(int row)
 {
     m_list->setCurrentIndex(m_model->index(row, 0));
+    m_list->scrollTo(m_list->currentIndex(), QAbstractItemView::PositionAtCenter);
 }
 
-/* Shows the card where it stands now, else the row nearest to where it was. */
+/* Shows the card where it stands now, else the first one. */
 void ContactsPage::showCard(unsigned long card)
 {
     const int row = m_book->rowOf(card);
     selectRow(row < 0 ? 0 : row);
-    m_list->scrollTo(m_list->currentIndex());
     updateState();
 }
 
@@ -189,9 +189,9 @@ void ContactsPage::updateState()
 QString ContactsPage::summary() const
 {
     QStringList names;
-    for (int row = 0; row < qMin(5, m_model->rowCount()); ++row)
-        names.append(m_model->index(row, ContactsModel::Name).data().toString());
-    return QStringLiteral("%1: %2").arg(m_state->text(), names.join(QLatin1String(", ")));
+    for (QModelIndex row = m_list->indexAt({0, 0}); row.isValid() && names.size() < 5; row = m_list->indexBelow(row))
+        names.append(m_model->index(row.row(), ContactsModel::Name).data().toString());
+    return QStringLiteral("%1, from %2").arg(m_state->text(), names.join(QLatin1String(", ")));
 }
 
 void ContactsPage::newContact()

@@ -24,7 +24,7 @@ public:
     [[nodiscard]] ContactBook *book() const { return m_book; }
     /** Selects a row of the list and shows it. */
     void selectRow(int row);
-    /** What the page shows, in a line. */
+    /** What the list shows, in a line: how many contacts, and the names at the top of its window. */
     [[nodiscard]] QString summary() const;
 
 public slots:

@@ -29,9 +29,11 @@ bool takeTour(MainWindow &window, const QString &folder)
     ContactsPage *contacts = window.contacts();
     contacts->selectRow(0);
     bool written = show(window, folder, QStringLiteral("contacts"), contacts->summary());
+    contacts->selectRow(contacts->book()->count() / 2);
+    written = show(window, folder, QStringLiteral("contacts-middle"), contacts->summary()) && written;
     contacts->editContact();
     written =
-        show(window, folder, QStringLiteral("contact"), QStringLiteral("the form of the first contact")) &&
+        show(window, folder, QStringLiteral("contact"), QStringLiteral("the form of the selected contact")) &&
         written;
     contacts->showList();
     return written;
