@@ -265,6 +265,8 @@ void VCardReaderTest::fillsField_data()
     row("male", card("FN:A\nGENDER:M", "4.0"), AddressField::Gender, "male");
     row("own words", card("FN:A\nGENDER:O;it's complicated", "4.0"), AddressField::Gender,
         "it's complicated");
+    row("gender of another word is kept", card("FN:A\nX-GENDER:free"), Notes, "X-GENDER: free");
+    row("gender that isn't told", card("FN:A\nGENDER:U", "4.0"), Notes, "");
     row("coded gender", card("FN:A\nX-WAB-GENDER:2"), AddressField::Gender, "male");
 
     row("backslash-n is text in 2.1", card("FN:A\nNOTE:C:\\new", "2.1"), Notes, "C:\\new");
