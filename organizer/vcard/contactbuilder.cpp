@@ -410,6 +410,9 @@ void ContactBuilder::readGender(const Property &property)
     const QStringList parts = property.parts(u';');
     const QString gender = genderOf(parts.first());
     const QString ownWords = parts.value(1);
+    const bool isUnsaid = parts.first() == u"U" || parts.first() == u"N";
+    if (gender.isEmpty() && ownWords.isEmpty() && !isUnsaid)
+        return keepInNotes(property, property.text());
     const bool isBinary = gender == QLatin1String(Gender::Male) || gender == QLatin1String(Gender::Female);
     setField(AddressField::Gender, isBinary || ownWords.isEmpty() ? gender : ownWords, property);
 }
