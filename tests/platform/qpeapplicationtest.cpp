@@ -11,7 +11,7 @@ namespace {
 /** NAME: says how long the start took, its name, and each message and signal that comes. */
 int childMain(int argc, char **argv)
 {
-    const QByteArray name = argc > 2 ? argv[2] : "";
+    const QByteArray name = argc > 1 ? argv[1] : "";
     QElapsedTimer clock;
     clock.start();
     QPEApplication application(argc, argv, name);
