@@ -13,7 +13,7 @@ class DeviceTree : public QObject
 {
     Q_OBJECT
 public:
-    static constexpr int RefreshTime = 5000; // ms
+    static constexpr int RefreshTime = 3000; // ms
 
     /** @param root the device root @param folder where the files are kept; made if need be */
     DeviceTree(const QString &root, const QString &folder, QObject *parent = nullptr);
