@@ -86,7 +86,7 @@ void BoxWatch::handleMessage(const QByteArray &message, const QByteArray &data)
         closeAsked(box);
     else if (message == "openFile(QString,QString)")
         openSent(box);
-    setPace();
+    m_timer.start(BusyPace);
 }
 
 void BoxWatch::closeAsked(const QString &box)

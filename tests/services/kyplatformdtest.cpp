@@ -49,6 +49,7 @@ void KyPlatformDTest::init()
 {
     QDir(procLink()).removeRecursively(); // the fixture's own folder
     QFile::remove(procLink());
+    QDir(treeFolder()).removeRecursively(); // what a killed service left
 }
 
 void KyPlatformDTest::tellsItsOptions_data()
