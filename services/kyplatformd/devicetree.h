@@ -41,6 +41,7 @@ private:
     const QString m_folder;
     QHash<QString, QByteArray> m_written;
     QTimer m_timer;
+    bool m_complete = true; ///< the last writing of all files succeeded
 };
 
 #endif

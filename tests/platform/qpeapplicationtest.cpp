@@ -27,7 +27,10 @@ int childMain(int argc, char **argv)
     QObject::connect(&application, &QPEApplication::clockChanged,
                      [](bool ampm) { ChildProcess::say(ampm ? "12 hours" : "24 hours"); });
     ChildInput input([&](const QByteArray &line) {
-        application.setName(line);
+        if (line.startsWith("object "))
+            application.setObjectName(QString::fromUtf8(line.mid(7)));
+        else
+            application.setName(line);
         ChildProcess::say("renamed " + application.name());
     });
     return application.exec();
@@ -106,6 +109,10 @@ void QPEApplicationTest::renamingMovesTheChannel()
     QCOMPARE(child.readLine(), QByteArray("new() "));
     child.write("");
     QCOMPARE(child.readLine(), QByteArray("renamed after"));
+    child.write("object third");
+    QCOMPARE(child.readLine(), QByteArray("renamed third"));
+    QVERIFY(!QCopChannel::isRegistered("QPE/Application/after"));
+    QVERIFY(QCopChannel::isRegistered("QPE/Application/third"));
 }
 
 void QPEApplicationTest::tellsOfVolumeAndClock()
