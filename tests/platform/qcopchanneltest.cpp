@@ -173,6 +173,27 @@ int talkToItself(int argc, char **argv)
     return application.exec();
 }
 
+/** Without a bus: deletes a channel with messages pending, and one in its own slot; says what still arrived.
+ */
+int deleteAlone(int argc, char **argv)
+{
+    QPEApplication application(argc, argv, "alone");
+    auto doomed = std::make_unique<Listener>("Test/Alone");
+    auto *suicide = new QCopChannel("Test/Alone");
+    Listener witness("Test/Alone");
+    int last = 0;
+    QObject::connect(suicide, &QCopChannel::received, [&] {
+        ++last;
+        delete suicide;
+    });
+    for (int i = 0; i < 10; ++i)
+        QCopChannel::send("Test/Alone", number(i));
+    doomed.reset();
+    waitForMessages(witness, 10);
+    ChildProcess::say(number(int(witness.messages.size())) + ' ' + number(last));
+    return 0;
+}
+
 int childMain(int argc, char **argv)
 {
     const QByteArray role = argv[1];
@@ -184,6 +205,8 @@ int childMain(int argc, char **argv)
         return sendWithoutApplication(argc, argv);
     if (role == "ring")
         return passOn(argc, argv);
+    if (role == "delete")
+        return deleteAlone(argc, argv);
     return role == "alone" ? talkToItself(argc, argv) : 2;
 }
 
@@ -220,6 +243,7 @@ private slots:
     void homesDoNotMeet();
     void worksWithoutBus_data();
     void worksWithoutBus();
+    void deletingWithoutBusIsSafe();
     void silentSocketDoesNotHang();
     void survivesDeathOfBus();
 };
@@ -565,6 +589,13 @@ void QCopChannelTest::worksWithoutBus()
     QCOMPARE(child.readLine(), QByteArray("queued ordered 1"));
     child.write("again");
     QCOMPARE(child.readLine(), QByteArray("queued ordered 1"));
+    QCOMPARE(child.finish(), 0);
+}
+
+void QCopChannelTest::deletingWithoutBusIsSafe()
+{
+    ChildProcess child({"delete"}, environmentWith("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"));
+    QCOMPARE(child.readLine(), QByteArray("10 1"));
     QCOMPARE(child.finish(), 0);
 }
 
