@@ -17,7 +17,8 @@ void boxOpened(BoxFile &box);
 /** An ordinary card was written: it enters, leaves or moves in every index of the family, of both kinds. */
 void cardWritten(BoxFile &box, CardId card, RecordView record);
 
-/** Only ATTR of an ordinary card was written: the attribute byte changes where the card stands, nothing else. */
+/** Only ATTR of an ordinary card was written: the attribute byte changes where the card stands, nothing else.
+ */
 void attributeWritten(BoxFile &box, CardId card, uint8_t attribute);
 
 /** Ordinary cards were deleted: they leave every index. */

@@ -5,7 +5,8 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
+#include <cstring>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -40,18 +41,21 @@ public:
     /** With the implicit items alone. */
     Schema();
 
-    /** Appends a declared item. @return false at MaximumDeclaredItems or for a type that is none */
+    /** Appends a declared item and gives it its storage id.
+     * @return false at MaximumDeclaredItems or for a type that is none */
     bool add(const ItemDescription &item);
 
     /** Declared and implicit items; item number n stands at n - 1. */
     [[nodiscard]] const std::vector<ItemDescription> &items() const { return m_items; }
     [[nodiscard]] int declaredCount() const { return static_cast<int>(m_items.size()) - 4; }
 
-    /** The item of a code: the exact code first, then with the case of its first letter folded. Null when there
-     * is none. */
+    /** The item of a code: the exact code first, then with the case of its first letter folded. Null when
+     * there is none. */
     [[nodiscard]] const ItemDescription *find(const char *code) const;
     /** 1-based item number, 0 when unknown. */
     [[nodiscard]] int number(const char *code) const;
+    /** The item of a storage id; null when there is none. */
+    [[nodiscard]] const ItemDescription *ofStorage(StorageId storage) const;
 
 private:
     std::vector<ItemDescription> m_items;
@@ -61,6 +65,23 @@ private:
 [[nodiscard]] bool isKnownItemType(uint8_t type);
 /** True for ItemTextSjis, ItemTextSjis2 and ItemTextUtf8. */
 [[nodiscard]] bool isTextType(uint8_t type);
+
+/** True when two four-byte codes differ at most in the case of their first letter. */
+[[nodiscard]] bool sameCodeFolded(const char *one, const char *other);
+
+/** The one rule by which codes are matched: the exact code first, then with the case of the first letter
+ * folded.
+ * @p Item has a `code` of four bytes. Null when there is none. */
+template <typename Item> const Item *findByCode(std::span<const Item> items, const char *code)
+{
+    for (const Item &item : items)
+        if (std::memcmp(&item.code, code, 4) == 0)
+            return &item;
+    for (const Item &item : items)
+        if (sameCodeFolded(&item.code[0], code))
+            return &item;
+    return nullptr;
+}
 
 } // namespace pdtm
 

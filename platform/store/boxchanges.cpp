@@ -1,0 +1,351 @@
+// The changes of a held box: actions, cards, items.
+#include "indexfamily.h"
+#include "sqlitebox.h"
+
+#include <algorithm>
+
+namespace pdtm {
+
+namespace {
+
+Bytes asBytes(const std::string &text)
+{
+    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
+}
+
+std::string asText(RecordView record)
+{
+    const Bytes packed = record.packed();
+    return {reinterpret_cast<const char *>(packed.data()), packed.size()};
+}
+
+bool isScratch(CardId card)
+{
+    return card >= PdtmFirstReservedCard;
+}
+
+} // namespace
+
+/** Runs a change as an action of its own or as part of the open one. When the work fails nothing is left of
+ * the action. */
+template <typename Work> PdtmStatus SqliteBox::change(Work work)
+{
+    if (m_actionDepth > 0 && m_actionFailure != PdtmOk)
+        return m_actionFailure;
+    if (const PdtmStatus status = beginAction(); status != PdtmOk)
+        return status;
+    PdtmStatus status = startTransaction();
+    if (status == PdtmOk)
+        status = work();
+    if (status != PdtmOk)
+        undo(status);
+    return endAction();
+}
+
+PdtmStatus SqliteBox::beginAction()
+{
+    if (m_actionDepth == 0)
+        m_actionFailure = PdtmOk;
+    ++m_actionDepth;
+    return PdtmOk;
+}
+
+PdtmStatus SqliteBox::endAction()
+{
+    if (m_actionDepth == 0)
+        return PdtmBadArgument;
+    --m_actionDepth;
+    if (m_actionDepth > 0 || m_actionFailure != PdtmOk)
+        return m_actionFailure;
+    return m_inTransaction ? commit() : PdtmStatus(PdtmOk);
+}
+
+PdtmStatus SqliteBox::startTransaction()
+{
+    if (m_inTransaction)
+        return PdtmOk;
+    const PdtmStatus status = m_database.begin();
+    m_inTransaction = status == PdtmOk;
+    m_stateBefore = m_state;
+    return status;
+}
+
+PdtmStatus SqliteBox::commit()
+{
+    PdtmStatus status = removeStoredScratchCards();
+    if (status == PdtmOk)
+        status = m_database.writeState(m_state);
+    if (status == PdtmOk)
+        status = m_database.commit();
+    if (status != PdtmOk) {
+        undo(status);
+        return status;
+    }
+    m_inTransaction = false;
+    m_committed = true;
+    std::erase_if(m_storedScratch, [this](CardId card) { return !m_scratch->contains(card); });
+    return PdtmOk;
+}
+
+void SqliteBox::undo(PdtmStatus reason)
+{
+    m_actionFailure = reason;
+    if (!m_inTransaction)
+        return;
+    m_inTransaction = false;
+    m_database.rollback();
+    const uint32_t syncId = m_state.syncId;
+    m_state = m_stateBefore;
+    m_state.syncId = syncId; // an id that was given out is never given out again
+    m_cache.clear();
+    Schema schema;
+    if (m_database.readSchema(schema) == PdtmOk)
+        setSchema(std::move(schema));
+    family::rolledBack(*this);
+}
+
+void SqliteBox::riseCounter()
+{
+    m_lastCounter = std::max(m_lastCounter, m_state.counter) + 1;
+    m_state.counter = m_lastCounter;
+}
+
+PdtmStatus SqliteBox::storeCard(CardId card, Bytes packed)
+{
+    const PdtmStatus status = m_database.writeCard(card, packed);
+    if (status == PdtmOk) {
+        m_cache.put(card, packed);
+        riseCounter();
+    }
+    return status;
+}
+
+PdtmStatus SqliteBox::writeOrdinaryCard(CardId card, Bytes packed)
+{
+    const PdtmStatus status = storeCard(card, packed);
+    if (status == PdtmOk)
+        family::cardWritten(*this, card, RecordView(packed));
+    return status;
+}
+
+bool SqliteBox::isInUse(CardId card, PdtmStatus &status)
+{
+    RecordView record;
+    status = readCachedCard(card, record);
+    const bool isUsed = status == PdtmOk;
+    status = status == PdtmNoSuchCard ? PdtmStatus(PdtmOk) : status;
+    return isUsed;
+}
+
+PdtmStatus SqliteBox::expectNewCard(CardId &card)
+{
+    if (!isHeld()) {
+        if (const PdtmStatus status = m_database.readState(m_state); status != PdtmOk)
+            return status;
+    }
+    const auto start = static_cast<CardId>(m_state.nextCard > PdtmLastOrdinaryCard ? 1 : m_state.nextCard);
+    PdtmStatus status = m_database.firstFreeCard(start, PdtmLastOrdinaryCard, card);
+    if (status == PdtmOutOfSpace && start > 1)
+        status = m_database.firstFreeCard(1, static_cast<CardId>(start - 1), card);
+    return status;
+}
+
+PdtmStatus SqliteBox::createCard(CardId &card)
+{
+    static constexpr uint8_t NoAttribute[] = {0};
+    const std::string empty = withItem({}, AttributeItem, NoAttribute);
+    if (isScratch(card)) {
+        (*m_scratch)[card] = empty;
+        m_memoryChanged = true;
+        return PdtmOk;
+    }
+    PdtmStatus status = PdtmOk;
+    if (card != 0 && isInUse(card, status))
+        return PdtmExists;
+    CardId made = card;
+    if (status == PdtmOk && card == 0)
+        status = expectNewCard(made);
+    if (status != PdtmOk)
+        return status;
+    status = change([&] {
+        m_state.nextCard = std::max<uint32_t>(card == 0 ? 0 : m_state.nextCard, made + 1U);
+        return writeOrdinaryCard(made, asBytes(empty));
+    });
+    if (status == PdtmOk)
+        card = made;
+    return status;
+}
+
+PdtmStatus SqliteBox::copyCard(CardId source, CardId &destination)
+{
+    RecordView record;
+    if (const PdtmStatus status = readCard(source, record); status != PdtmOk)
+        return status;
+    const std::string packed = asText(record);
+    if (isScratch(destination)) {
+        (*m_scratch)[destination] = packed;
+        m_memoryChanged = true;
+        return PdtmOk;
+    }
+    CardId made = destination;
+    PdtmStatus status = PdtmOk;
+    const bool isNew = made == 0 || !isInUse(made, status);
+    if (status == PdtmOk && made == 0)
+        status = expectNewCard(made);
+    if (status != PdtmOk)
+        return status;
+    status = change([&] {
+        if (isNew)
+            m_state.nextCard = std::max<uint32_t>(destination == 0 ? 0 : m_state.nextCard, made + 1U);
+        return writeOrdinaryCard(made, asBytes(packed));
+    });
+    if (status == PdtmOk)
+        destination = made;
+    return status;
+}
+
+PdtmStatus SqliteBox::deleteCard(CardId card)
+{
+    if (isScratch(card)) {
+        m_memoryChanged |= m_scratch->erase(card) > 0 || m_storedScratch.contains(card);
+        return PdtmOk;
+    }
+    PdtmStatus status = PdtmOk;
+    if (!isInUse(card, status))
+        return status;
+    return change([&] {
+        const PdtmStatus deleted = m_database.deleteCard(card);
+        if (deleted == PdtmOk) {
+            m_cache.remove(card);
+            riseCounter();
+            family::cardsDeleted(*this, {&card, 1});
+        }
+        return deleted;
+    });
+}
+
+PdtmStatus SqliteBox::deleteCards(uint8_t mask, uint8_t value)
+{
+    std::vector<CardId> cards;
+    const bool isRead = forEachCard([&](CardId card, RecordView record) {
+        if ((record.attribute() & mask) == value)
+            cards.push_back(card);
+        return true;
+    });
+    if (!isRead)
+        return PdtmIoError;
+    if (cards.empty())
+        return PdtmOk;
+    return change([&] {
+        for (const CardId card : cards) {
+            if (const PdtmStatus status = m_database.deleteCard(card); status != PdtmOk)
+                return status;
+            m_cache.remove(card);
+        }
+        riseCounter();
+        family::cardsDeleted(*this, cards);
+        return PdtmStatus(PdtmOk);
+    });
+}
+
+PdtmStatus SqliteBox::writeItem(CardId card, const ItemDescription &item, Bytes value)
+{
+    RecordView record;
+    if (const PdtmStatus status = readCard(card, record); status != PdtmOk)
+        return status;
+    const std::string packed = withItem(record, item.storage, value);
+    if (isScratch(card)) {
+        (*m_scratch)[card] = packed;
+        m_memoryChanged = true;
+        return PdtmOk;
+    }
+    if (item.storage != AttributeItem)
+        return change([&] { return writeOrdinaryCard(card, asBytes(packed)); });
+    return change([&] {
+        const PdtmStatus status = storeCard(card, asBytes(packed));
+        if (status == PdtmOk)
+            family::attributeWritten(*this, card, RecordView(asBytes(packed)).attribute());
+        return status;
+    });
+}
+
+PdtmStatus SqliteBox::writeItemQuietly(CardId card, const ItemDescription &item, Bytes value)
+{
+    if (isScratch(card))
+        return writeItem(card, item, value);
+    RecordView record;
+    if (const PdtmStatus status = readCard(card, record); status != PdtmOk)
+        return status;
+    const std::string packed = withItem(record, item.storage, value);
+    return change([&] {
+        const PdtmStatus status = storeCard(card, asBytes(packed));
+        if (status == PdtmOk)
+            family::counterChanged(*this);
+        return status;
+    });
+}
+
+PdtmStatus SqliteBox::addItems(const std::vector<ItemDescription> &items)
+{
+    return change([&] {
+        for (const ItemDescription &item : items) {
+            if (const PdtmStatus status = m_database.addItem(item); status != PdtmOk)
+                return status;
+        }
+        riseCounter();
+        Schema schema;
+        const PdtmStatus status = m_database.readSchema(schema);
+        if (status == PdtmOk)
+            setSchema(std::move(schema));
+        return status;
+    });
+}
+
+void SqliteBox::advanceSyncId()
+{
+    m_state.syncId = m_state.syncId == UINT32_MAX ? 1 : m_state.syncId + 1;
+    m_memoryChanged = true;
+}
+
+PdtmStatus SqliteBox::removeStoredScratchCards()
+{
+    for (const CardId card : m_storedScratch) {
+        if (m_scratch->contains(card))
+            continue;
+        if (const PdtmStatus status = m_database.deleteCard(card); status != PdtmOk)
+            return status;
+    }
+    return PdtmOk;
+}
+
+PdtmStatus SqliteBox::storeScratchCards()
+{
+    for (const auto &[card, packed] : *m_scratch) {
+        if (const PdtmStatus status = m_database.writeCard(card, asBytes(packed)); status != PdtmOk)
+            return status;
+    }
+    return PdtmOk;
+}
+
+/** Scratch cards and sync id go to the file without a synchronisation of their own. */
+void SqliteBox::flushMemory()
+{
+    if (!m_memoryChanged)
+        return;
+    m_database.setSynchronised(false);
+    PdtmStatus status = m_database.begin();
+    if (status == PdtmOk)
+        status = removeStoredScratchCards();
+    if (status == PdtmOk)
+        status = storeScratchCards();
+    if (status == PdtmOk)
+        status = m_database.writeState(m_state);
+    if (status == PdtmOk)
+        status = m_database.commit();
+    if (status != PdtmOk)
+        m_database.rollback();
+    m_database.setSynchronised(true);
+    m_memoryChanged = status != PdtmOk;
+}
+
+} // namespace pdtm

@@ -1,0 +1,34 @@
+#ifndef PDTM_INDEXACCESS_H
+#define PDTM_INDEXACCESS_H
+
+#include "indexregistry.h"
+
+#include <exception>
+
+namespace pdtm {
+
+/** Runs an operation of the C interface; no exception leaves it. */
+template <typename Operation> PdtmStatus guarded(Operation operation) noexcept
+{
+    try {
+        return operation();
+    } catch (const std::exception &) { // only memory can run short
+        return PdtmTooShort;
+    }
+}
+
+/** The box behind a handle, if it is the one that the index is made for. PdtmBadArgument otherwise. */
+[[nodiscard]] inline PdtmStatus boxOf(uint32_t handle, const Index &index, std::shared_ptr<BoxFile> &box)
+{
+    box = BoxFile::ofHandle(handle);
+    if (!box) {
+        return PdtmBadArgument;
+    }
+    IndexRegistry &registry = IndexRegistry::instance();
+    const Family *family = registry.familyOf(index);
+    return family == nullptr || family == &registry.familyOf(*box) ? PdtmOk : PdtmBadArgument;
+}
+
+} // namespace pdtm
+
+#endif

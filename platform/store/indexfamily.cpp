@@ -1,0 +1,160 @@
+#include "indexfamily.h"
+
+#include "environment.h"
+#include "indexregistry.h"
+
+#include <exception>
+
+namespace pdtm::family {
+
+namespace {
+
+IndexRegistry &registry()
+{
+    return IndexRegistry::instance();
+}
+
+/** Loads a member that isn't in memory, so that it is kept in step with the box from here on. One that is
+ * stale already stays so, and unloaded. */
+void loadMember(const Family &family, const std::string &path)
+{
+    if (registry().loaded(path) != nullptr) {
+        return;
+    }
+    PdtmStatus status = PdtmOk;
+    Index *index = registry().load(path, status);
+    if (index == nullptr || index->isCurrent(family.counter)) {
+        return;
+    }
+    // An order from a state ahead of the box was written inside an action that was never committed. The
+    // counter will come to that number again, with other cards.
+    if (index->fileCounter() > family.counter) {
+        index->invalidate();
+        static_cast<void>(index->save());
+        return;
+    }
+    registry().forget(path);
+}
+
+void loadMembers(Family &family)
+{
+    const std::string folder = directoryPart(family.boxPath);
+    const std::string boxName = family.boxPath.substr(folder.size());
+    for (const std::string &name : familyNames(folder, boxName)) {
+        loadMember(family, folder + name);
+    }
+    family.complete = true;
+}
+
+void invalidateAll(Family &family)
+{
+    for (Index *index : family.indexes) {
+        index->invalidate();
+    }
+}
+
+/** Applies a change of the box to each index that was current before it. Memory that runs short leaves them
+ * to be built anew. */
+template <typename Change> void apply(BoxFile &box, Change change)
+{
+    Family &family = registry().familyOf(box);
+    const uint64_t counter = box.changeCounter();
+    try {
+        if (!family.complete && box.isHeld()) {
+            loadMembers(family);
+        }
+        for (Index *index : family.indexes) {
+            if (index->isCurrent(family.counter)) {
+                change(*index);
+                index->takeCounter(counter);
+            }
+        }
+    } catch (const std::exception &) {
+        invalidateAll(family);
+    }
+    family.counter = counter;
+}
+
+/** Compares an index in memory with its file and with the box after somebody else may have changed both. */
+void review(Index &index, uint64_t counter)
+{
+    index.unbind();
+    const std::optional<FileStamp> stamp = stampOf(index.path());
+    const bool keepsMemory = stamp && index.isDirty() && index.isCurrent(counter);
+    if (!keepsMemory) {
+        static_cast<void>(registry().rereadIfReplaced(index));
+    }
+}
+
+/** Writes an index at the close of its box, unless another process deleted or replaced the file meanwhile. */
+void writeAtClose(Index &index, BoxFile &box, uint64_t counter)
+{
+    if (!index.isDirty() || stampOf(index.path()) != index.stamp()) {
+        return;
+    }
+    if (index.isCurrent(counter)) {
+        static_cast<void>(index.ensureKeys(box));
+        static_cast<void>(index.save());
+    } else if (index.fileCounter() > counter) {
+        static_cast<void>(index.save());
+    }
+}
+
+} // namespace
+
+void boxOpened(BoxFile &box)
+{
+    Family &family = registry().familyOf(box);
+    family.counter = box.changeCounter();
+    family.complete = false;
+    const std::vector<Index *> indexes = family.indexes;
+    for (Index *index : indexes) {
+        review(*index, family.counter);
+    }
+}
+
+void cardWritten(BoxFile &box, CardId card, RecordView record)
+{
+    // An index that has to be built anew reads the box, which ends the life of the view.
+    const std::string packed(record.packed().begin(), record.packed().end());
+    const RecordView kept(Bytes(reinterpret_cast<const uint8_t *>(packed.data()), packed.size()));
+    apply(box, [&](Index &index) { index.place(box, card, kept); });
+}
+
+void attributeWritten(BoxFile &box, CardId card, uint8_t attribute)
+{
+    apply(box, [&](Index &index) { index.setAttribute(card, attribute); });
+}
+
+void cardsDeleted(BoxFile &box, std::span<const CardId> cards)
+{
+    apply(box, [&](Index &index) { index.remove(cards); });
+}
+
+void counterChanged(BoxFile &box)
+{
+    apply(box, [](Index &) {});
+}
+
+void rolledBack(BoxFile &box)
+{
+    Family &family = registry().familyOf(box);
+    invalidateAll(family);
+    family.counter = box.changeCounter();
+}
+
+void boxClosing(BoxFile &box)
+{
+    const uint64_t counter = box.changeCounter();
+    const std::vector<Index *> indexes = registry().familyOf(box).indexes;
+    for (Index *index : indexes) {
+        writeAtClose(*index, box, counter);
+    }
+}
+
+void boxDeleted(const std::string &realPath)
+{
+    registry().forgetFamily(canonicalPath(realPath));
+}
+
+} // namespace pdtm::family
