@@ -8,25 +8,49 @@
 class QCopChannelPrivate;
 
 /**
- * A channel of messages between all processes of the session. A message reaches every channel object open on its
- * name in every process, the sender's included, from the event loop, in the order of sending. Without a session
- * bus messages stay inside the process.
+ * A channel of messages between all processes of the session that share a HOME. A message reaches every
+ * channel object open on its name in every process, the sender's included, from the event loop and never
+ * during send(), in the order of sending. Messages stay inside the process while there is no session bus, and
+ * once it has died; one warning tells of that.
+ *
+ * A channel may be deleted at any time, also in a slot of its own received(); what was still on its way to it
+ * is dropped. All channels of a process belong to one thread.
  */
 class KY_EXPORT QCopChannel : public QObject
 {
     Q_OBJECT
 public:
+    /** Longest payload of a message, in bytes. */
+    static constexpr qsizetype MaximumData = 32 * 1024 * 1024;
+
     explicit QCopChannel(const QByteArray &channel, QObject *parent = nullptr, const char *name = nullptr);
     ~QCopChannel() override;
 
     [[nodiscard]] QByteArray channel() const;
 
-    /** True when some process listens on an application's channel, "QPE/Application/NAME"; for other channels,
-     * when this process does. */
+    /** The process that sent the last message received, as a name for isRunning(). Empty when that message
+     * came without a bus. */
+    [[nodiscard]] QByteArray messageSource() const;
+    /** True while the process with this messageSource() lives and has its bus connection. */
+    [[nodiscard]] static bool isRunning(const QByteArray &source);
+
+    /** True when some process listens on an application's channel, "QPE/Application/NAME"; for other
+     * channels, when this process does. */
     [[nodiscard]] static bool isRegistered(const QByteArray &channel);
-    /** @param message signature such as `closeFile(QString,QString)` @param data arguments in QDataStream form */
+
+    /**
+     * Sends a message. One that is sent just before main() returns still leaves the process; one that is
+     * followed by _exit() may be lost. May be called before there is an application object.
+     *
+     * @param message signature such as `closeFile(QString,QString)`, UTF-8 without a zero byte
+     * @param data arguments in QDataStream form, at most MaximumData bytes
+     * @return false, after a warning, when @p data is too long
+     */
     static bool send(const QByteArray &channel, const QByteArray &message,
                      const QByteArray &data = QByteArray());
+
+    /** Called for each message that arrives; emits received(). */
+    virtual void receive(const QByteArray &message, const QByteArray &data);
 
 signals:
     void received(const QByteArray &message, const QByteArray &data);

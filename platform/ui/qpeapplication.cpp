@@ -1,1 +1,143 @@
+#include "qpeapplication.h"
+#include "qcopchannel.h"
+#include "sessionbus.h"
+#include "stylushold.h"
+#include <memory>
+#include <QAbstractScrollArea>
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFileInfo>
+#include <QThread>
 
+class QPEApplicationPrivate
+{
+public:
+    std::unique_ptr<QCopChannel> channel;
+    std::unique_ptr<QCopChannel> systemChannel;
+};
+
+namespace {
+
+constexpr int PlatformWait = 2000; // ms
+constexpr int PlatformPoll = 20;   // ms
+
+/** Passes the argument count on, behind what must be set before there is an application object. */
+int &withoutScaling(int &argc)
+{
+    qputenv("QT_ENABLE_HIGHDPI_SCALING", "0");
+    return argc;
+}
+
+/** True when the device tree is kyplatformd's: it leads into the runtime folder. A real folder is a device's
+ * own, or that of a test, and needs nobody. */
+bool deviceTreeIsKept()
+{
+    const QString root = qEnvironmentVariable("KY_DEVICE_ROOT");
+    if (root.isEmpty())
+        return false;
+    const QFileInfo proc(root + QLatin1String("/proc"));
+    return proc.isSymLink() || !proc.exists();
+}
+
+void waitForPlatform()
+{
+    if (!deviceTreeIsKept() || !SessionBus::isAvailable())
+        return;
+    const QString service = SessionBus::serviceName(QStringLiteral("platform"));
+    const QDeadlineTimer deadline(PlatformWait);
+    while (!SessionBus::hasOwner(service) && !deadline.hasExpired())
+        QThread::msleep(PlatformPoll);
+}
+
+QString withSlash(const QString &path)
+{
+    return path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/');
+}
+
+QWidget *stylusTarget(QWidget *widget)
+{
+    const auto *area = qobject_cast<QAbstractScrollArea *>(widget);
+    return area ? area->viewport() : widget;
+}
+
+/** A flag is an int or a bool on the wire. */
+bool flagOf(const QByteArray &data)
+{
+    return data.count('\0') != data.size();
+}
+
+void handleSystemMessage(QPEApplication *application, const QByteArray &message, const QByteArray &data)
+{
+    if (message == "volumeChange(bool)")
+        emit application->volumeChanged(flagOf(data));
+    else if (message == "clockChange(bool)")
+        emit application->clockChanged(flagOf(data));
+}
+
+} // namespace
+
+QPEApplication::QPEApplication(int &argc, char **argv, const QByteArray &name)
+    : QApplication(withoutScaling(argc), argv), d(new QPEApplicationPrivate)
+{
+    waitForPlatform();
+    const QByteArray program = QFile::encodeName(QFileInfo(QFile::decodeName(argv[0])).fileName());
+    setName(name.isEmpty() ? program : name);
+    d->systemChannel = std::make_unique<QCopChannel>("QPE/System");
+    connect(d->systemChannel.get(), &QCopChannel::received, this,
+            [this](const QByteArray &message, const QByteArray &data) {
+                handleSystemMessage(this, message, data);
+            });
+}
+
+QPEApplication::~QPEApplication()
+{
+    delete d;
+}
+
+QByteArray QPEApplication::name() const
+{
+    return objectName().toUtf8();
+}
+
+void QPEApplication::setName(const QByteArray &name)
+{
+    if (name.isEmpty() || (d->channel && name == this->name()))
+        return;
+    setObjectName(QString::fromUtf8(name));
+    d->channel = std::make_unique<QCopChannel>("QPE/Application/" + name);
+    connect(d->channel.get(), &QCopChannel::received, this, &QPEApplication::appMessage);
+}
+
+QString QPEApplication::applicationNameOf(const QCoreApplication *application)
+{
+    return application->objectName().isEmpty() ? application->applicationName() : application->objectName();
+}
+
+QString QPEApplication::qpeDir()
+{
+    const QString root = qEnvironmentVariable("QPEDIR");
+    return withSlash(root.isEmpty() ? QStringLiteral("/home/QtPalmtop") : root);
+}
+
+QString QPEApplication::documentDir()
+{
+    const QString folder = withSlash(QDir::homePath()) + QLatin1String("Documents/");
+    if (!QDir().mkpath(folder))
+        qWarning("QPEApplication: cannot make %s", qUtf8Printable(folder));
+    return folder;
+}
+
+void QPEApplication::setStylusOperation(QWidget *widget, StylusMode mode)
+{
+    QWidget *target = stylusTarget(widget);
+    StylusHold *present = StylusHold::of(target);
+    if (mode == LeftOnly)
+        delete present;
+    else if (!present)
+        new StylusHold(target);
+}
+
+QPEApplication::StylusMode QPEApplication::stylusOperation(QWidget *widget)
+{
+    return StylusHold::of(stylusTarget(widget)) ? RightOnHold : LeftOnly;
+}

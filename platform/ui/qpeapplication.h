@@ -7,38 +7,54 @@
 class QPEApplicationPrivate;
 
 /**
- * The application object of every program on the device. Its name() tells applications apart: the messages of the
- * close protocol carry it.
+ * The application object of every program on the device. Its name() tells applications apart: the messages of
+ * the close protocol carry it. It listens on the application's own channel, "QPE/Application/NAME", and on
+ * "QPE/System".
+ *
+ * Qt's own scaling is switched off, so that a pixel is a pixel; sizes are scaled by qt_currentDpi().
  */
 class KY_EXPORT QPEApplication : public QApplication
 {
     Q_OBJECT
 public:
-    QPEApplication(int &argc, char **argv);
+    /**
+     * When the device root's files are kept by kyplatformd, waits until that is ready, at most 2 s.
+     *
+     * @param name name of the application, distinct for each; the base name of the program file when empty
+     */
+    QPEApplication(int &argc, char **argv, const QByteArray &name = QByteArray());
     ~QPEApplication() override;
 
-    /** Name of the application: that of the program file, or what setName() gave. */
+    /** Name of the application, which is its objectName() as well. */
     [[nodiscard]] QByteArray name() const;
+    /** Gives the application another name, and with it another channel. An empty name changes nothing. */
     void setName(const QByteArray &name);
 
-    /** Name of the running application, whatever class qApp has: its objectName(), else its applicationName(). */
+    /** Name of the running application, whatever class qApp has: its objectName(), else its
+     * applicationName(). */
     [[nodiscard]] static QString applicationNameOf(const QCoreApplication *application);
 
-    /** Root of the platform's files, from QPEDIR; ends in a slash. */
+    /** Root of the platform's files, the value of QPEDIR, else /home/QtPalmtop; ends in a slash. */
     [[nodiscard]] static QString qpeDir();
-    /** Folder of the user's documents; ends in a slash. */
+    /** Folder of the user's documents, $HOME/Documents, made at first use; ends in a slash. */
     [[nodiscard]] static QString documentDir();
 
     enum StylusMode {
         LeftOnly,
-        RightOnHold ///< press and hold gives a press of the right button
+        RightOnHold ///< holding the left button still for 500 ms gives a press of the right button
     };
+    /** Sets how @p widget takes the stylus; for a scroll area this is how its viewport does. */
     static void setStylusOperation(QWidget *widget, StylusMode mode);
+    /** LeftOnly unless set otherwise. */
     [[nodiscard]] static StylusMode stylusOperation(QWidget *widget);
 
 signals:
-    /** A message on the application's own channel, "QPE/Application/NAME". */
+    /** A message on the application's own channel. */
     void appMessage(const QByteArray &message, const QByteArray &data);
+    /** Some process changed the volume, or switched sound off or on: `volumeChange(bool)` on "QPE/System". */
+    void volumeChanged(bool muted);
+    /** The user chose 12 or 24 hours: `clockChange(bool)` on "QPE/System". */
+    void clockChanged(bool ampm);
 
 private:
     QPEApplicationPrivate *const d;

@@ -1,0 +1,40 @@
+#ifndef SESSIONBUS_H
+#define SESSIONBUS_H
+
+#include "kyexport.h"
+#include <QByteArray>
+#include <QDBusConnection>
+#include <QString>
+
+/**
+ * The session bus as the platform uses it: one connection a process, opened at first use.
+ *
+ * Only a bus that answers within 300 ms is used; no bus is ever started. The address is that of
+ * DBUS_SESSION_BUS_ADDRESS, else the socket "bus" in XDG_RUNTIME_DIR; only Unix sockets are looked at. What
+ * the platform puts on the bus carries a hash of HOME, so that two profiles on one bus don't meet.
+ */
+namespace SessionBus {
+
+/** False when there is no bus that answers, and for good once the bus has died. */
+[[nodiscard]] KY_EXPORT bool isAvailable();
+
+/** The connection; not connected when isAvailable() is false. */
+[[nodiscard]] KY_EXPORT QDBusConnection connection();
+
+/** "h" and 16 hexadecimal digits that stand for HOME. */
+[[nodiscard]] KY_EXPORT QString profile();
+
+/** Bus name of this profile: org.ky.PROFILE.ROLE, with @p name escaped behind it when it isn't null. */
+[[nodiscard]] KY_EXPORT QString serviceName(const QString &role, const QByteArray &name = QByteArray());
+
+/** Takes a bus name. When it is taken, this process waits in line for it if @p queue is true.
+ * @return true when the name now belongs to this process */
+bool KY_EXPORT requestName(const QString &service, bool queue);
+KY_EXPORT void releaseName(const QString &service);
+
+/** True when a process owns the name; also for the names of connections, which are never used twice. */
+[[nodiscard]] KY_EXPORT bool hasOwner(const QString &service);
+
+} // namespace SessionBus
+
+#endif
