@@ -89,14 +89,15 @@ public:
      * @{ */
 
     /**
-     * Opens the box again after close(). Not for a manager that is open: the old handle would be lost.
+     * Opens the box again after close().
      *
      * Up to nine attempts are made, with the events of the application handled between them, so slots can run
      * inside this call. Then every other process is told to close the box, whether or not the attempts
      * worked.
      *
      * @param readOnly true: one attempt, nobody is told, and writing fails
-     * @return false when the box can't be opened, or when another process has made this manager close: then
+     * @return false when the box can't be opened, when it is open already (nothing changes then, the mode
+     *         neither), or when another process has made this manager close: then
      * it opens by itself when the box is free
      */
     bool open(bool readOnly);
@@ -178,7 +179,7 @@ public:
      * Moment of a time item. Its fields are taken as UTC when setInternalUtc() said so, as local time
      * otherwise.
      * @param utc true: the result shows UTC fields; false: local ones
-     * @return invalid on failure, and for a date with no time where nothing is converted
+     * @return invalid on failure. A date with no time gives midnight where nothing is converted
      */
     [[nodiscard]] QDateTime readTimeItem(const char *code, unsigned long card = 0, bool utc = false) const;
     /** A flag in the place of the card is a mistake. */
@@ -303,7 +304,7 @@ public:
      * @{ */
 
     /** Writes five bytes: a time as the store has it. Years 0 to 9999; hour 31, minute 63, second 63 mean a
-     * date with no time. @return true */
+     * date with no time; outside these the destination is left as it is. @return true */
     static bool createPTime(void *destination, int year, int month, int day, int hour, int minute,
                             int second);
     /** Writes the fields of @p time as they stand, five bytes. */
@@ -319,6 +320,7 @@ public slots:
 
 private:
     Q_DISABLE_COPY_MOVE(KyPDataManager)
+    bool openInMode();
     const std::unique_ptr<KyPDataManagerPrivate> d;
 };
 

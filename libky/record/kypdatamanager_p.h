@@ -1,0 +1,134 @@
+#ifndef KYPDATAMANAGER_P_H
+#define KYPDATAMANAGER_P_H
+
+#include "pdtm.h"
+#include <cstring>
+#include <QByteArray>
+#include <QString>
+
+namespace KyPDtm {
+
+constexpr int MaximumIndexes = 10;
+constexpr int NameRoom = 256;
+
+/** Cards with bit 0x40 in their attribute byte are marked for deletion and not visible. */
+constexpr quint8 AttributeMask = 0x40;
+constexpr quint8 AttributeValue = 0;
+constexpr quint8 AttributeThird = 0;
+
+/** One row of the index table. A row that is not in use is all zero. */
+struct PIOIDXINFO
+{
+    quint8 sortItem;              ///< item number of a single sort key; 0 for several keys, or none
+    char fileName[NameRoom];      ///< base name of the index file
+    bool sticky;                  ///< a permanent index of the family
+    quint8 indexAge;              ///< rises each time another index becomes current; the oldest makes room
+    bool inUse;                   ///< the row is taken
+    quint8 categoryId;            ///< category of a category index, else 0
+    bool ascending;               ///< direction of the stored expression
+    bool filtered;                ///< holds the result of a search
+    quint8 sortExpLength;         ///< length of sortExp; 0 when it is not kept
+    quint8 sortExp[PdtmInfoRoom]; ///< sort expression of several keys
+};
+
+/** Why the last call of an edit refused. */
+enum EditState { EditFine = 0, EditNoWorkCard = 1, EditUnderWay = 3, EditNotUnderWay = 4 };
+
+/** The code of an item with a terminator: four characters, or fewer. Null becomes the empty code, which no
+ * box has. */
+struct ItemCode
+{
+    explicit ItemCode(const char *code);
+    char text[5] = {};
+};
+
+/** An item of a card for the store, which takes the low 16 bits of the id. */
+[[nodiscard]] CardItemKey cardItemKey(unsigned long card, const ItemCode &code);
+
+/** The present moment in UTC. */
+[[nodiscard]] PTimeValue presentTime();
+
+/** What a KyPDataManager knows of its box. Made zeroed; the current index is null until the table is read. */
+class KyPDataManagerPrivate
+{
+public:
+    char boxDir[NameRoom];  ///< directory part of the box path, up to and including `F0:` or the last slash
+    char boxName[NameRoom]; ///< base name of the box
+    char selectIndexName[NameRoom]; ///< empty: a place for an index that overrides the current one
+    quint32 boxHandle;              ///< 0 while the box is closed
+    int indexCapacity;              ///< rows of the index table
+    PIOIDXINFO indexes[MaximumIndexes];
+    PioExtBoxInfo *extBoxInfo;    ///< from the store, freed by the manager
+    PIOIDXINFO *currentIndex;     ///< the index in use
+    PIOIDXINFO *masterIndex;      ///< the base index of the box
+    PIOIDXINFO *resumeIndex;      ///< index to go back to after a filter
+    bool ascendent;               ///< direction of the view
+    quint16 lastError;            ///< last status of the store that is worth keeping
+    int editState;                ///< EditState
+    unsigned long currentCard;    ///< 0 when there is none
+    bool editing;                 ///< an edit is under way
+    bool editModified;            ///< it has written an item other than `ATTR`
+    unsigned long workCard;       ///< the scratch copy
+    unsigned long editSourceCard; ///< the card being edited, 0 for a new one
+    quint32 garbageAtStart;       ///< garbage when the last edit or deletion began
+    bool selectIndexActive;
+    bool waitingOpenAgain; ///< another process made this manager close
+    bool closedForAll;     ///< that request named no file
+    bool readOnly;         ///< mode of the last open
+
+    /** Splits a path into boxDir and boxName. False for an invalid path. */
+    bool setBoxPath(const char *path);
+    [[nodiscard]] QByteArray boxPath() const;
+    [[nodiscard]] QString boxPathText() const;
+
+    /** Fills the index table from the family of the box. */
+    void readIndexTable();
+    /** True for an index that belongs into the table: in the folder of the box, not one of the reserved
+     * names. */
+    [[nodiscard]] bool isOwnIndex(const char *indexPath) const;
+    /** Reads one index into a row. False when its sort information can't be read. */
+    bool readIndexRow(const char *indexPath, bool permanent, PIOIDXINFO *row) const;
+    /** Fills categoryId and filtered of a row from the search expression of its index. */
+    static void getIndexSearchInfo(const char *indexPath, PIOIDXINFO *row);
+
+    /** Path of the named index, or of the current one for null; empty, which the store refuses, when there is
+     * none. */
+    [[nodiscard]] QByteArray indexPath(const char *index) const;
+
+    /** The visible card next to @p card in an index, the outermost one for 0; 0 when there is none. */
+    [[nodiscard]] unsigned long step(const QByteArray &indexPath, bool forward, unsigned long card) const;
+
+    /** Makes a card current; false, with nothing changed, for 0. */
+    bool moveTo(unsigned long card);
+
+    /** Description of an item, null for an unknown one. */
+    [[nodiscard]] PioExtItem *item(const ItemCode &code) const;
+    /** Type of an item by the open box, 0 for an unknown one. */
+    [[nodiscard]] quint8 openItemType(const ItemCode &code) const;
+    /** Reads an item into @p room bytes. @param length the length that the store told */
+    PdtmStatus read(const ItemCode &code, unsigned long card, void *value, quint32 room,
+                    quint32 *length) const;
+    /** Reads a time item of five bytes; false when it isn't one. */
+    [[nodiscard]] bool readTime(const ItemCode &code, unsigned long card, PTimeValue *time) const;
+    /** True when setInternalUtc() or the box marks the item as stored in UTC. */
+    [[nodiscard]] bool isStoredInUtc(const ItemCode &code) const;
+    /** The card that an argument means: itself, or the current one for 0. */
+    [[nodiscard]] unsigned long cardOf(unsigned long card) const { return card ? card : currentCard; }
+
+    /** Makes the work card of an edit: a copy of @p source, or an empty card for 0. Its id, 0 on failure. */
+    [[nodiscard]] quint16 makeWorkCard(unsigned long source);
+
+    /** Lets go of the box at another process's request. @param forAll the request named no file */
+    void letGo(bool forAll);
+
+    [[nodiscard]] quint32 garbage() const;
+    /** Compacts the box when its garbage is big, or has grown too much since garbageAtStart. */
+    void collectGarbage();
+
+private:
+    void compact();
+};
+
+} // namespace KyPDtm
+
+#endif
