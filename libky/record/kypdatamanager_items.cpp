@@ -89,7 +89,7 @@ const char *bytesOf(const void *value)
 ItemCode::ItemCode(const char *code)
 {
     if (code)
-        strncpy(text, code, sizeof text - 1);
+        memcpy(text, code, strnlen(code, sizeof text - 1));
 }
 
 CardItemKey cardItemKey(unsigned long card, const ItemCode &code)

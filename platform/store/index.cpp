@@ -101,9 +101,8 @@ PdtmStatus Index::load()
     if (!usable) {
         m_order = IndexOrder();
     }
-    m_fileCounter = usable ? stored.counter : 0;
     const bool otherLanguage = m_definition.collator != 0 && m_definition.language != language();
-    m_counter = otherLanguage ? 0 : m_fileCounter;
+    m_counter = usable && !otherLanguage ? stored.counter : 0;
     if (parsedOrder(m_definition.order).keys().empty()) {
         m_order.setEmptyKeys();
     }
@@ -152,7 +151,6 @@ PdtmStatus Index::write(const IndexDefinition &definition, const IndexOrder &ord
     const OrderImage image = order.hasKeys() ? imageOf(order, counter) : OrderImage();
     const PdtmStatus status = writeIndexFile(m_path, definition, image, m_stamp);
     if (status == PdtmOk) {
-        m_fileCounter = image.counter;
         m_dirty = !order.hasKeys();
     }
     return status;

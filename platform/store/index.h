@@ -36,7 +36,6 @@ public:
     [[nodiscard]] const IndexDefinition &definition() const { return m_definition; }
     [[nodiscard]] const IndexOrder &order() const { return m_order; }
     [[nodiscard]] uint64_t counter() const { return m_counter; }
-    [[nodiscard]] uint64_t fileCounter() const { return m_fileCounter; }
     [[nodiscard]] const FileStamp &stamp() const { return m_stamp; }
     /** Memory holds something that the file doesn't. */
     [[nodiscard]] bool isDirty() const { return m_dirty; }
@@ -88,7 +87,6 @@ private:
     IndexDefinition m_definition;
     IndexOrder m_order;
     uint64_t m_counter = 0;
-    uint64_t m_fileCounter = 0;
     FileStamp m_stamp;
     bool m_dirty = false;
     std::optional<std::vector<SearchExpression>> m_terms;

@@ -26,7 +26,9 @@ template <typename Operation> PdtmStatus guarded(Operation operation) noexcept
     }
     IndexRegistry &registry = IndexRegistry::instance();
     const Family *family = registry.familyOf(index);
-    return family == nullptr || family == &registry.familyOf(*box) ? PdtmOk : PdtmBadArgument;
+    const bool isOurs = family == nullptr || family == &registry.familyOf(*box) ||
+                        BoxFile::ifOpen(family->boxPath) == box; // a link to the box
+    return isOurs ? PdtmOk : PdtmBadArgument;
 }
 
 } // namespace pdtm

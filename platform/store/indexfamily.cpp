@@ -23,17 +23,9 @@ void loadMember(const Family &family, const std::string &path)
     }
     PdtmStatus status = PdtmOk;
     Index *index = registry().load(path, status);
-    if (index == nullptr || index->isCurrent(family.counter)) {
-        return;
+    if (index != nullptr && !index->isCurrent(family.counter)) {
+        registry().forget(path);
     }
-    // An order from a state ahead of the box was written inside an action that was never committed. The
-    // counter will come to that number again, with other cards.
-    if (index->fileCounter() > family.counter) {
-        index->invalidate();
-        static_cast<void>(index->save());
-        return;
-    }
-    registry().forget(path);
 }
 
 void loadMembers(Family &family)
@@ -95,8 +87,6 @@ void writeAtClose(Index &index, BoxFile &box, uint64_t counter)
     if (index.isCurrent(counter)) {
         static_cast<void>(index.ensureKeys(box));
         static_cast<void>(index.save());
-    } else if (index.fileCounter() > counter) {
-        static_cast<void>(index.save());
     }
 }
 
@@ -154,7 +144,7 @@ void boxClosing(BoxFile &box)
 
 void boxDeleted(const std::string &realPath)
 {
-    registry().forgetFamily(canonicalPath(realPath));
+    registry().forgetFamily(indexPath(realPath));
 }
 
 } // namespace pdtm::family

@@ -33,7 +33,7 @@ PdtmStatus newPath(const char *path, std::string &canonical)
     if (real.empty()) {
         return PdtmBadArgument;
     }
-    canonical = canonicalPath(real);
+    canonical = indexPath(real);
     return fileExists(canonical) ? PdtmExists : PdtmOk;
 }
 
@@ -184,7 +184,7 @@ PdtmStatus deleteIndex(const char *path)
     }
     const int error = unlink(real.c_str()) == 0 ? 0 : errno;
     if (error == 0 || error == ENOENT) {
-        registry().forget(canonicalPath(real));
+        registry().forget(indexPath(real));
     }
     if (error == EISDIR) {
         return PdtmBadArgument;

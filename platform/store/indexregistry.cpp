@@ -91,7 +91,7 @@ bool isPermanentName(std::string_view name)
     return extension.starts_with("IDX") || extension.starts_with("idx");
 }
 
-std::string canonicalPath(const std::string &realPath)
+std::string indexPath(const std::string &realPath)
 {
     const std::string folder = directoryPart(realPath);
     const std::unique_ptr<char, decltype(&free)> resolved(
@@ -146,7 +146,7 @@ Family &IndexRegistry::familyOf(const BoxFile &box)
 {
     Family *&family = m_familiesByBox[box.path()];
     if (family == nullptr) {
-        family = &familyAt(canonicalPath(box.path()));
+        family = &familyAt(indexPath(box.path()));
     }
     return *family;
 }
@@ -228,7 +228,7 @@ PdtmStatus IndexRegistry::findReal(const char *path, Index *&index)
     if (real.empty()) {
         return PdtmBadArgument;
     }
-    const std::string canonical = canonicalPath(real);
+    const std::string canonical = indexPath(real);
     index = loaded(canonical);
     PdtmStatus status = PdtmOk;
     if (index == nullptr) {

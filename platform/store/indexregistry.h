@@ -22,8 +22,8 @@ struct Family
     std::vector<Index *> indexes;
 };
 
-/** Real path with the links in its directory resolved, so that one file has one name. */
-[[nodiscard]] std::string canonicalPath(const std::string &realPath);
+/** Real path with the links in its folder resolved, so that one index has one name. */
+[[nodiscard]] std::string indexPath(const std::string &realPath);
 
 /** Names of the index files of a box in a folder: permanent ones first, each by its bytes. Only the folder
  * and the files are looked at. */
