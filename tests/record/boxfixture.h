@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QMap>
+#include <QProcess>
 #include <sys/stat.h>
 
 /** The folder of internal storage, as the store has it. */
@@ -33,14 +34,17 @@ inline FileState fileState(const QString &path)
         state.seconds = info.st_mtim.tv_sec;
         state.nanoseconds = info.st_mtim.tv_nsec;
     }
-    QFile file(path);
-    if (file.open(QFile::ReadOnly))
-        state.contents = file.readAll();
+    // Not by this process itself: closing a plain descriptor would drop the locks that it has on an open box.
+    QProcess cat;
+    cat.start("cat", {path});
+    cat.waitForFinished();
+    state.contents = cat.readAllStandardOutput();
     return state;
 }
 
 /** Boxes and indexes in a folder. What SQLite and the lock keep beside a box is left out. */
-inline QMap<QString, FileState> folderState(const QString &folder = boxFolder(), const QString &prefix = QString())
+inline QMap<QString, FileState> folderState(const QString &folder = boxFolder(),
+                                            const QString &prefix = QString())
 {
     QMap<QString, FileState> states;
     for (const QString &name : QDir(folder).entryList(QDir::Files)) {

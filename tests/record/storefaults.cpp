@@ -32,7 +32,8 @@ QString bare(const char *path)
 }
 
 /** The status forced on a call, or what the store gives. */
-template <typename Result, typename Forward> Result watched(const QString &call, Result failure, Forward forward)
+template <typename Result, typename Forward>
+Result watched(const QString &call, Result failure, Forward forward)
 {
     State &s = state();
     if (s.depth > 0)
@@ -111,7 +112,8 @@ PdtmStatus _BoxClose(uint32_t handle)
     return watched(QString("_BoxClose"), Status, [&] { return NEXT(_BoxClose, handle); });
 }
 
-PdtmStatus _GetIndexName(const char *boxPath, uint32_t ordinal, char *path, uint32_t room, uint32_t *permanent)
+PdtmStatus _GetIndexName(const char *boxPath, uint32_t ordinal, char *path, uint32_t room,
+                         uint32_t *permanent)
 {
     return watched(QString("_GetIndexName %1 %2").arg(bare(boxPath)).arg(ordinal), Status,
                    [&] { return NEXT(_GetIndexName, boxPath, ordinal, path, room, permanent); });
@@ -125,7 +127,8 @@ PdtmStatus _IndexCreate(const char *path, int kind)
 
 PdtmStatus _IndexDelete(const char *path)
 {
-    return watched(QString("_IndexDelete %1").arg(bare(path)), Status, [&] { return NEXT(_IndexDelete, path); });
+    return watched(QString("_IndexDelete %1").arg(bare(path)), Status,
+                   [&] { return NEXT(_IndexDelete, path); });
 }
 
 PdtmStatus _IndexInfoRead(const char *path, int id, void *buffer, uint16_t *size)

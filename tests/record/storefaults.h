@@ -5,8 +5,8 @@
 #include <QStringList>
 
 /**
- * Watches the operations of the record store that make files, and makes them fail on demand. They are defined in
- * this test program, so that libky calls them first, and go on to the store.
+ * Watches the operations of the record store that make files, and makes them fail on demand. They are defined
+ * in this test program, so that libky calls them first, and go on to the store.
  *
  * A call is written as its name, the paths without `F0:`, and the numbers that tell it from others:
  * "_BoxCreate T.BOX", "_IndexInfoWrite T.IDX 3", "_IndexGroup T.IDX T1.IDX".
