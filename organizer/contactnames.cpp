@@ -53,7 +53,8 @@ void ContactNames::completeNames(ContactTexts &changed, const ContactTexts &orig
     const Text before = [&original](int field) { return original.value(field); };
     const auto complete = [&](int field, QString (*compose)(const Text &)) {
         const QString text = compose(after);
-        if (text != compose(before) || original.value(field).isEmpty())
+        const bool isStale = text != compose(before) || original.value(field).isEmpty();
+        if (isStale && text != original.value(field))
             changed.insert(field, text);
     };
     complete(AddressField::FullName, fullName);

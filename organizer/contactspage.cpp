@@ -189,7 +189,8 @@ void ContactsPage::updateState()
 QString ContactsPage::summary() const
 {
     QStringList names;
-    for (QModelIndex row = m_list->indexAt({0, 0}); row.isValid() && names.size() < 5; row = m_list->indexBelow(row))
+    for (QModelIndex row = m_list->indexAt({0, 0}); row.isValid() && names.size() < 5;
+         row = m_list->indexBelow(row))
         names.append(m_model->index(row.row(), ContactsModel::Name).data().toString());
     return QStringLiteral("%1, from %2").arg(m_state->text(), names.join(QLatin1String(", ")));
 }

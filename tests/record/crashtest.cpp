@@ -1,5 +1,5 @@
-/* Kills a writing process again and again, and looks at what it left: every acknowledged change is there, whole,
- * nothing half-done is, and the indexes agree with a fresh sort.
+/* Kills a writing process again and again, and looks at what it left: every acknowledged change is there,
+ * whole, nothing half-done is, and the indexes agree with a fresh sort.
  *
  * Arguments: --rounds N (200 without it). The writer is this program with the argument "writer". */
 
@@ -20,7 +20,8 @@ constexpr const char *Box = "F0:CRASH.BOX";
 constexpr const char *Master = "F0:CRASH.IDX";
 constexpr unsigned long ApplicationId = 0x43525348;
 
-/* The state of a card: its three items and its category follow from one number, so that a half-written card shows. */
+/* The state of a card: its three items and its category follow from one number, so that a half-written card
+ * shows. */
 QString textOf(unsigned value)
 {
     return QStringLiteral("%1 text %2").arg(value % 97).arg(value);
@@ -66,8 +67,9 @@ void createBox()
     order.addSortKey("TXTA", true, true);
     KyPDataManagerIndexInfo indexes;
     for (const NamedIndex &index : otherIndexes()) {
-        indexes.addIndexInfo(index.path, index.search.constData(), static_cast<unsigned long>(index.search.size()),
-                             index.sort.constData(), static_cast<unsigned long>(index.sort.size()));
+        indexes.addIndexInfo(index.path, index.search.constData(),
+                             static_cast<unsigned long>(index.search.size()), index.sort.constData(),
+                             static_cast<unsigned long>(index.sort.size()));
     }
     KyPDataManager::createFile(Box, Master, ApplicationId, false, items, order, indexes);
 }
@@ -99,7 +101,9 @@ void announce(char what, unsigned long card, unsigned value)
 unsigned long randomCard(const KyPDataManager &box)
 {
     const int count = box.count();
-    return count <= 0 ? 0 : box.cardIdFromNumber(QRandomGenerator::global()->bounded(1u, static_cast<unsigned>(count) + 1));
+    return count <= 0 ? 0
+                      : box.cardIdFromNumber(
+                            QRandomGenerator::global()->bounded(1u, static_cast<unsigned>(count) + 1));
 }
 
 /* Adds, edits and deletes until it is killed: "?" before a change, "!" behind an acknowledged one. */
@@ -151,8 +155,10 @@ QList<unsigned long> freshWalk(const KyPDataManager &box, const NamedIndex &inde
     _IndexCreate(fresh, 17);
     _IndexInfoWrite(fresh, InfoBoxName, "CRASH.BOX", 10);
     if (!index.search.isEmpty())
-        _IndexInfoWrite(fresh, InfoSearchExpression, index.search.constData(), static_cast<uint16_t>(index.search.size()));
-    _IndexInfoWrite(fresh, InfoSortExpression, index.sort.constData(), static_cast<uint16_t>(index.sort.size()));
+        _IndexInfoWrite(fresh, InfoSearchExpression, index.search.constData(),
+                        static_cast<uint16_t>(index.search.size()));
+    _IndexInfoWrite(fresh, InfoSortExpression, index.sort.constData(),
+                    static_cast<uint16_t>(index.sort.size()));
     if (index.search.isEmpty())
         _IndexUnGroup(fresh, box.boxHandle());
     else
