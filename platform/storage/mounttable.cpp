@@ -63,9 +63,14 @@ qsizetype indexHolding(const QList<MountEntry> &mounts, const QString &path, qsi
 
 QString resolvedPath(const QString &path)
 {
-    const QFileInfo info(QDir::cleanPath(QDir::current().absoluteFilePath(path)));
-    const QString canonical = info.canonicalFilePath();
-    if (!canonical.isEmpty() || info.isRoot())
-        return canonical.isEmpty() ? info.filePath() : canonical;
-    return QDir::cleanPath(resolvedPath(info.path()) + QLatin1Char('/') + info.fileName());
+    const QString whole = QDir::cleanPath(QDir::current().absoluteFilePath(path));
+    qsizetype existing = 0;
+    for (qsizetype end = 0; end < whole.size() && end == existing;) {
+        end = whole.indexOf(QLatin1Char('/'), existing + 1);
+        end = end < 0 ? whole.size() : end;
+        if (QFileInfo::exists(whole.first(end)))
+            existing = end;
+    }
+    const QString folder = existing == 0 ? QStringLiteral("/") : whole.first(existing);
+    return QDir::cleanPath(QFileInfo(folder).canonicalFilePath() + whole.mid(existing));
 }

@@ -56,14 +56,15 @@ QList<MountEntry> readDeviceTable()
     return mounts;
 }
 
-/** Whether a mount that isn't the internal volume belongs into the list. */
-bool isVolume(const MountEntry &mount, const MountEntry &internal)
+bool isAlwaysListed(const MountEntry &mount)
 {
-    const StorageKind kind = storageKind(mount.path, false);
-    if (kind != StorageKind::Other || mount.path == QLatin1String("/dev/shm"))
-        return true;
+    return storageKind(mount.path, false) != StorageKind::Other || mount.path == QLatin1String("/dev/shm");
+}
+
+bool isOrdinaryVolume(const MountEntry &mount)
+{
     const bool isRoot = mount.path == QDir::cleanPath(devicePath(QStringLiteral("/")));
-    return !isRoot && !isPseudo(mount) && mount.disk != internal.disk && QFileInfo(mount.path).isDir();
+    return !isRoot && !isPseudo(mount) && QFileInfo(mount.path).isDir();
 }
 
 MountEntry internalVolume(const QList<MountEntry> &mounts)
@@ -72,14 +73,17 @@ MountEntry internalVolume(const QList<MountEntry> &mounts)
     return mounts.value(index, {QString(), QStringLiteral("/"), QString(), {QStringLiteral("rw")}});
 }
 
-/** Adds a volume; a later mount at the same place hides the earlier one. */
+/** Adds a mount that isn't the internal volume, if it belongs into the list. Of mounts at one place the last
+ * shows, of an ordinary volume's several places the first. */
 void addVolume(QList<MountEntry> &volumes, const MountEntry &mount)
 {
-    const auto isHidden = [&](const MountEntry &other) { return other.path == mount.path; };
-    const auto hidden = std::find_if(volumes.begin(), volumes.end(), isHidden);
+    const auto hasPath = [&](const MountEntry &other) { return other.path == mount.path; };
+    const auto hasDisk = [&](const MountEntry &other) { return other.disk == mount.disk; };
+    const auto hidden = std::find_if(volumes.begin(), volumes.end(), hasPath);
     if (hidden != volumes.end())
         *hidden = mount;
-    else
+    else if (isAlwaysListed(mount) ||
+             (isOrdinaryVolume(mount) && std::none_of(volumes.begin(), volumes.end(), hasDisk)))
         volumes.append(mount);
 }
 
@@ -87,7 +91,7 @@ QList<MountEntry> volumesOf(const QList<MountEntry> &mounts, const MountEntry &i
 {
     QList<MountEntry> volumes{internal};
     for (const MountEntry &mount : mounts) {
-        if (mount.path != internal.path && isVolume(mount, internal))
+        if (mount.path != internal.path)
             addVolume(volumes, mount);
     }
     return volumes;

@@ -82,7 +82,9 @@ private slots:
     void deviceTableHasOctalEscapes();
     void junkInTheDeviceTableIsPassedOver();
     void laterMountHidesTheEarlierOne();
+    void secondMountOfAVolumeIsLeftOut();
     void pathsBelongToTheirVolume();
+    void veryLongPathsEnd();
     void namesAreThoseOfTheKind();
     void defaultNames();
     void changesOfTheDeviceTableAreToldOnce_data();
@@ -201,6 +203,21 @@ void StorageInfoTest::laterMountHidesTheEarlierOne()
     const StorageInfo storage;
     QCOMPARE(pathsOf(storage).mid(1), QStringList({inRoot("/mnt/b"), inRoot("/usr/mnt.rom/cf")}));
     QCOMPARE(storage.fileSystems()[1]->disk(), QString("/dev/c"));
+}
+
+void StorageInfoTest::secondMountOfAVolumeIsLeftOut()
+{
+    writeTable("/dev/a /mnt/b ext2 rw 0 0\n/dev/a /mnt/disk\\040one ext2 rw 0 0\n"
+               "/dev/a /usr/mnt.rom/card ext2 rw 0 0\n");
+    const StorageInfo storage;
+    QCOMPARE(pathsOf(storage).mid(1), QStringList({inRoot("/mnt/b"), inRoot("/usr/mnt.rom/card")}));
+}
+
+void StorageInfoTest::veryLongPathsEnd()
+{
+    const StorageInfo storage;
+    const QString path = QDir::homePath() + QString("/x").repeated(20'000);
+    QCOMPARE(storage.fileSystemOf(path), storage.fileSystems().first());
 }
 
 void StorageInfoTest::pathsBelongToTheirVolume()
