@@ -1,6 +1,7 @@
 #include "qcopchannel.h"
 #include "childprocess.h"
 #include "logcapture.h"
+#include "privatebus.h"
 #include "qcopenvelope.h"
 #include "qpeapplication.h"
 #include <cstring>
@@ -51,29 +52,6 @@ QProcessEnvironment environmentWith(const QString &name, const QString &value)
     environment.insert(name, value);
     return environment;
 }
-
-/** A bus of its own, which can be killed. */
-class PrivateBus
-{
-public:
-    PrivateBus()
-    {
-        m_daemon.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
-        m_daemon.waitForReadyRead();
-        m_address = m_daemon.readLine().trimmed();
-    }
-    ~PrivateBus() { kill(); }
-    void kill()
-    {
-        m_daemon.kill();
-        m_daemon.waitForFinished();
-    }
-    [[nodiscard]] QString address() const { return QString::fromLatin1(m_address); }
-
-private:
-    QProcess m_daemon;
-    QByteArray m_address;
-};
 
 /** A socket on which connections are accepted by the kernel and nobody ever answers. */
 class SilentSocket

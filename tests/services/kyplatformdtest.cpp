@@ -1,4 +1,5 @@
 #include "platformservice.h"
+#include "privatebus.h"
 #include <QtTest>
 
 namespace {
@@ -37,6 +38,7 @@ private slots:
     void eachHomeHasItsOwn();
     void endsCleanlyOnSignal_data();
     void endsCleanlyOnSignal();
+    void endsWithItsBus();
     void startsAgainAfterKill();
     void needsBus();
     void needsNoDeviceRoot();
@@ -131,6 +133,17 @@ void KyPlatformDTest::endsCleanlyOnSignal()
     QVERIFY(!QFile::exists(treeFolder()));
     QVERIFY(!SessionBus::hasOwner(SessionBus::serviceName("platform")));
     QCOMPARE(service.errors(), QByteArray());
+}
+
+void KyPlatformDTest::endsWithItsBus()
+{
+    PrivateBus bus;
+    PlatformService service(environmentWith("DBUS_SESSION_BUS_ADDRESS", bus.address()));
+    QTRY_VERIFY(QFile::exists(procLink() + "/apm"));
+    QTest::qWait(200);
+    bus.kill();
+    QCOMPARE(service.exitCode(), 0);
+    QVERIFY(!QFile::exists(treeFolder()));
 }
 
 void KyPlatformDTest::startsAgainAfterKill()
