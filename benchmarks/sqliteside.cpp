@@ -138,6 +138,11 @@ void SqliteSide::changePhone(int id, const std::string &phone, const Contact &mo
     sqlite3_reset(update);
 }
 
+void SqliteSide::beginReading()
+{
+    execute("BEGIN; SELECT 1 FROM contacts LIMIT 1");
+}
+
 size_t SqliteSide::readItem(int id, int item)
 {
     sqlite3_stmt *&reader = m_readers[static_cast<size_t>(item)];

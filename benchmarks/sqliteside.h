@@ -23,6 +23,8 @@ public:
 
     void add(const Contact &contact);
     void changePhone(int id, const std::string &phone, const Contact &modified);
+    /** Keeps one read transaction open, so that a SELECT has no lock to take. */
+    void beginReading();
     /** Bytes of a text item, read with a prepared SELECT. */
     size_t readItem(int id, int item);
     /** Walks all contacts by their reading over an SQL index; bytes of three items. */
