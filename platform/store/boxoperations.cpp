@@ -99,7 +99,7 @@ template <typename Work> PdtmStatus whileHeld(const BorrowedBox &box, Work work)
     if (const PdtmStatus status = box->hold(); status != PdtmOk)
         return status;
     const PdtmStatus status = work();
-    box->release(false);
+    BoxRegistry::instance().release(*box);
     return status;
 }
 
@@ -143,7 +143,7 @@ PdtmStatus _BoxCreate(const char *path, uint32_t applicationId)
         return status;
     const PdtmStatus status = fileIdentity(real) ? PdtmStatus(PdtmExists) : makeBox(real, applicationId);
     if (status == PdtmOk)
-        family::boxDeleted(real);
+        family::boxDeleted(canonicalPath(real));
     return status;
 }
 
@@ -162,6 +162,7 @@ PdtmStatus _BoxDelete(const char *path)
     BoxRegistry::instance().forget(real);
     const PdtmStatus status = removeFile(real);
     if (status == PdtmOk) {
+        BoxRegistry::instance().markDeleted(real);
         removeCompanions(real);
         family::boxDeleted(real);
     }

@@ -47,7 +47,7 @@ PdtmStatus CardCache::find(CardId card, RecordView &record) const
         record = recordOf(m_cards[card]);
         return PdtmOk;
     }
-    if (card != m_lastCard)
+    if (card != m_lastCard || card == 0)
         return PdtmNone;
     record = RecordView(asBytes(m_lastRecord));
     return PdtmOk;
@@ -86,7 +86,10 @@ void CardCache::put(CardId card, Bytes packed)
         return;
     }
     m_waste += present ? lengthOf(present) : 0;
-    append(card, packed);
+    if (m_waste > MostWaste)
+        clear(); // taken in anew when many cards are asked for
+    else
+        append(card, packed);
 }
 
 void CardCache::remove(CardId card)
@@ -106,7 +109,7 @@ void CardCache::clear()
 
 void CardCache::load(BoxDatabase &database)
 {
-    if (isLoaded() && m_waste < MostWaste)
+    if (isLoaded())
         return;
     clear();
     if (database.fileSize() > LargestBox) {

@@ -59,10 +59,14 @@ PdtmStatus SqliteBox::load()
 {
     if (const PdtmStatus status = m_database.readState(m_state); status != PdtmOk)
         return status;
+    if (m_schemaCounter == m_state.counter)
+        return PdtmOk;
     Schema schema;
     const PdtmStatus status = m_database.readSchema(schema);
-    if (status == PdtmOk)
+    if (status == PdtmOk) {
         setSchema(std::move(schema));
+        m_schemaCounter = m_state.counter;
+    }
     return status;
 }
 
@@ -95,16 +99,6 @@ bool SqliteBox::isSameFile(const std::string &realPath) const
 {
     const auto file = fileIdentity(realPath);
     return file && file->device == m_device && file->inode == m_inode;
-}
-
-PdtmStatus SqliteBox::refresh()
-{
-    if (isHeld())
-        return PdtmOk;
-    uint64_t counter = 0;
-    if (const PdtmStatus status = m_database.readCounter(counter); status != PdtmOk)
-        return status;
-    return counter == m_state.counter ? PdtmStatus(PdtmOk) : load();
 }
 
 const ItemDescription *SqliteBox::item(const char *code)
@@ -206,11 +200,12 @@ void SqliteBox::endActions()
 
 void SqliteBox::release(bool closing)
 {
-    flushMemory();
     // After a close the box file alone is whole, so that it can be copied and moved.
     if (m_committed && !closing && m_database.emptyLog() == PdtmOk)
         m_committed = false;
+    flushMemory(m_committed || closing);
     m_cacheCounter = m_state.counter;
+    m_schemaCounter = m_state.counter;
     if (closing)
         m_database.close(true);
     m_lock.release();
