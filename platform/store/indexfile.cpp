@@ -22,6 +22,7 @@ constexpr size_t HeadSize = 24; // magic, u32 length, u32 zero, u64 checksum
 constexpr size_t TailSize = 24; // u64 checksum, u32 length, u32 zero, magic
 constexpr size_t MaximumDefinition = 64 * 1024;
 constexpr size_t FirstRead = 4096;
+constexpr size_t BytesPerCard = sizeof(CardId) + 1 + sizeof(uint32_t); // id, attribute, end of its key
 constexpr uint32_t MaximumKeyBytes = 256U * 1024 * 1024;
 constexpr uint8_t DefinitionVersion = 1;
 
@@ -259,6 +260,7 @@ bool IndexFileReader::takeDefinition(Bytes bytes, uint64_t checksum)
     if (checksum != checksumOf(bytes) || !decode(bytes, m_definition)) {
         return false;
     }
+    m_definitionSize = bytes.size();
     m_orderOffset = orderOffset(bytes.size());
     return true;
 }
@@ -300,10 +302,15 @@ bool IndexFileReader::readTail()
            takeDefinition(bytes, numberAt<uint64_t>(tail));
 }
 
+/** A file that isn't as long as its order says is damaged, even where the part that is asked for is whole. */
 bool IndexFileReader::readHeader(OrderHeader &header) const
 {
-    return readAt(m_orderOffset, &header, sizeof header) && header.count <= PdtmLastOrdinaryCard &&
-           header.keyBytes <= MaximumKeyBytes;
+    if (!readAt(m_orderOffset, &header, sizeof header) || header.count > PdtmLastOrdinaryCard ||
+        header.keyBytes > MaximumKeyBytes) {
+        return false;
+    }
+    const uint64_t orderSize = sizeof header + uint64_t{BytesPerCard} * header.count + header.keyBytes;
+    return m_orderOffset + orderSize + m_definitionSize + TailSize == static_cast<uint64_t>(m_stamp.size);
 }
 
 uint64_t IndexFileReader::counter() const
@@ -343,10 +350,6 @@ bool IndexFileReader::readKeys(StoredOrder &order, StoredKeys &keys) const
     keys.ends.resize(header.count);
     const size_t endBytes = header.count * sizeof(uint32_t);
     const uint64_t endsAt = m_orderOffset + sizeof header + header.count * (sizeof(CardId) + 1);
-    const auto fileSize = static_cast<uint64_t>(m_stamp.size);
-    if (endsAt + endBytes + header.keyBytes > fileSize) {
-        return false;
-    }
     keys.bytes.resize(header.keyBytes);
     if (!readAt(endsAt, keys.ends.data(), endBytes) ||
         !readAt(endsAt + endBytes, keys.bytes.data(), header.keyBytes)) {
@@ -395,7 +398,7 @@ std::string fileImage(const std::string &definition, const OrderImage &order)
         checksumOf(Bytes(reinterpret_cast<const uint8_t *>(definition.data()), definition.size()));
     const auto length = static_cast<uint32_t>(definition.size());
     std::string out;
-    out.reserve(2 * definition.size() + order.cards.size() * 7 + order.keys.size() + 128);
+    out.reserve(2 * definition.size() + order.cards.size() * BytesPerCard + order.keys.size() + 128);
     appendBytes(out, Magic, sizeof Magic);
     append(out, length);
     append(out, uint32_t{0});

@@ -96,6 +96,7 @@ private:
     int m_file = -1;
     FileStamp m_stamp;
     IndexDefinition m_definition;
+    uint64_t m_definitionSize = 0;
     uint64_t m_orderOffset = 0;
 };
 

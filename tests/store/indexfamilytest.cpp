@@ -1,0 +1,667 @@
+#include "indexfixture.h"
+
+#include "index.h"
+
+#include <QProcess>
+#include <QRandomGenerator>
+
+#include <algorithm>
+
+using namespace expression;
+
+namespace {
+
+QByteArray contentsOf(const QByteArray &index)
+{
+    QFile file(TestBox::file(index));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void replaceContents(const QByteArray &index, const QByteArray &bytes)
+{
+    QFile file(TestBox::file(index));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
+        qFatal("can't write the file");
+    }
+}
+
+PdtmStatus check(const QByteArray &index)
+{
+    return pdtm::checkIndexFile(pdtm::realPath(index));
+}
+
+/** What the program does when it is started as another process: `--child COMMAND arguments`. */
+int runChild(const QList<QByteArray> &arguments)
+{
+    const QByteArray &command = arguments[0];
+    const QByteArray &path = arguments[1];
+    if (command == "sort") { // BOX SOURCE INDEX: makes a temporary index by number
+        const QByteArray sort = sortBy("NUMB", Ascending);
+        const uint32_t handle = _BoxOpen(path);
+        const bool done =
+            handle != 0 &&
+            _IndexCopy(arguments[2], arguments[3], 2, sort.constData(), int(sort.size())) == PdtmOk &&
+            _IndexSort(arguments[3], handle) == PdtmOk;
+        _BoxClose(handle);
+        return done ? 0 : 1;
+    }
+    if (command == "edit") { // BOX CARD NAME
+        const uint32_t handle = _BoxOpenRwMode(path, 0);
+        uint16_t work = PdtmWorkCard;
+        auto card = static_cast<uint16_t>(arguments[2].toUInt());
+        _CardDelete(handle, work);
+        if (_CardCopy(handle, card, &work) != PdtmOk) {
+            return 1;
+        }
+        const CardItemKey key = TestBox::keyOf(work, "NAME");
+        const bool done =
+            _CardWrite(handle, &key, arguments[3].constData(), uint32_t(arguments[3].size())) == PdtmOk &&
+            _CardCopy(handle, work, &card) == PdtmOk;
+        _CardDelete(handle, work);
+        return done && _BoxClose(handle) == PdtmOk ? 0 : 1;
+    }
+    if (command == "delete") { // INDEX
+        return _IndexDelete(path) == PdtmOk ? 0 : 1;
+    }
+    if (command == "walk") { // BOX INDEX: the cards as a read-only process sees them, as result the first one
+        const uint32_t handle = _BoxOpenRwMode(path, 1);
+        const Cards cards = cardsOf(arguments[2]);
+        _BoxClose(handle);
+        return handle != 0 && !cards.isEmpty() ? int(cards.first()) : 0;
+    }
+    return 255;
+}
+
+int inOtherProcess(const QList<QByteArray> &arguments)
+{
+    QStringList words{"--child"};
+    for (const QByteArray &argument : arguments) {
+        words << QString::fromUtf8(argument);
+    }
+    return QProcess::execute(QCoreApplication::applicationFilePath(), words);
+}
+
+} // namespace
+
+/** Indexes keep in step with their box, heal themselves, and are shared between processes. */
+class IndexFamilyTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cardsEnterMoveAndLeave();
+    void createdAndOverwrittenCardsArePlaced();
+    void bulkDeletionLeavesEveryIndex();
+    void directCategoryChangesTouchNoIndex();
+    void scratchCardsAreInNoIndex();
+    void attributeOfAHiddenCardSurvives();
+    void viewsKeepToTheirParents();
+    void unwrittenChangesAreRebuilt();
+    void undoneActionLeavesNoTrace();
+    void closedBoxIsStillWalked();
+    void damagedOrderOfAClosedBoxIsEmpty();
+    void readOnlyHandleRebuildsInMemoryAlone();
+    void healingShowsInTheFile();
+    void everyDefinitionByteFlipped();
+    void bothDefinitionsDamaged();
+    void truncations();
+    void randomFlips();
+    void otherLanguage();
+    void otherCollationRules();
+    void temporaryIndexOfAnotherProcess();
+    void editOfAnotherProcess();
+    void indexDeletedByAnotherProcess();
+    void readerBesideAWriter();
+    void failedWriteAtCloseLosesNothing();
+    void boxThroughALink();
+    void newBoxOfTheSameName();
+    void addedItems();
+};
+
+void IndexFamilyTest::cardsEnterMoveAndLeave()
+{
+    TestBox box;
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", TextAscending));
+    const QByteArray one = box.grouped("ONE.IDX", master, category(1));
+    const QByteArray filter = box.grouped("FILTER.tdx", master, text("TOWN", Equal, "Nara"));
+    const uint16_t b = box.add("b", 0, "\1", "Nara");
+    const uint16_t a = box.add("a", 0, "\1");
+    const uint16_t c = box.add("c", 0, {}, "Nara");
+    QCOMPARE(cardsOf(master), (Cards{a, b, c}));
+    QCOMPARE(cardsOf(one), (Cards{a, b}));
+    QCOMPARE(cardsOf(filter), (Cards{b, c}));
+    box.edit(b, "NAME", "d");
+    QCOMPARE(cardsOf(master), (Cards{a, c, b}));
+    QCOMPARE(cardsOf(filter), (Cards{c, b}));
+    box.edit(a, "TOWN", "Nara");
+    box.edit(b, "CTGR", "\2");
+    QCOMPARE(cardsOf(one), Cards{a});
+    QCOMPARE(cardsOf(filter), (Cards{a, c, b}));
+    _CardDelete(box.handle(), c);
+    _CardDelete(box.handle(), c);
+    QCOMPARE(cardsOf(master), (Cards{a, b}));
+    QCOMPARE(cardsOf(filter), (Cards{a, b}));
+}
+
+void IndexFamilyTest::createdAndOverwrittenCardsArePlaced()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const uint16_t a = box.add("a");
+    uint16_t made = 0;
+    QCOMPARE(_CardCreate(box.handle(), &made), PdtmStatus(PdtmOk));
+    QCOMPARE(cardsOf(index), (Cards{made, a}));
+    uint16_t destination = made;
+    box.edit(a, "NAME", "x");
+    QCOMPARE(_CardCopy(box.handle(), a, &destination), PdtmStatus(PdtmOk));
+    QCOMPARE(cardsOf(index), (Cards{a, made}));
+    destination = 77;
+    QCOMPARE(_CardCopy(box.handle(), a, &destination), PdtmStatus(PdtmOk));
+    QCOMPARE(cardsOf(index), (Cards{a, made, 77}));
+}
+
+void IndexFamilyTest::bulkDeletionLeavesEveryIndex()
+{
+    TestBox box;
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Descending));
+    const QByteArray one = box.grouped("ONE.IDX", master, category(1));
+    Cards kept;
+    for (int i = 0; i < 10; ++i) {
+        const uint16_t card = box.add(QByteArray::number(i), 0, i % 2 == 0 ? "\1" : "");
+        if (i < 4) {
+            kept.prepend(card);
+        } else {
+            box.setAttribute(card, HiddenMask);
+        }
+    }
+    QCOMPARE(_CardAllDelete(box.handle(), HiddenMask, HiddenMask, 0), PdtmStatus(PdtmOk));
+    QCOMPARE(allCardsOf(master), kept);
+    QCOMPARE(allCardsOf(one), (Cards{kept[1], kept[3]}));
+    const uint16_t card = box.add("35", 0, "\1");
+    QCOMPARE(allCardsOf(one), (Cards{card, kept[1], kept[3]}));
+    QCOMPARE(_CardAllDelete(box.handle(), 0, 0, 0), PdtmStatus(PdtmOk));
+    QVERIFY(allCardsOf(master).isEmpty());
+    QVERIFY(allCardsOf(one).isEmpty());
+}
+
+void IndexFamilyTest::directCategoryChangesTouchNoIndex()
+{
+    TestBox box;
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const QByteArray one = box.grouped("ONE.IDX", master, category(1));
+    const uint16_t card = box.add("a");
+    const CardItemKey key = TestBox::keyOf(card, "CTGR");
+    QCOMPARE(_CardCategoryAppend(box.handle(), &key, 1), PdtmStatus(PdtmOk));
+    QVERIFY(cardsOf(one).isEmpty());
+    box.restart();
+    QVERIFY(cardsOf(one).isEmpty()); // the loaded index took the counter along
+    box.edit(card, "NUMB", native(uint16_t(3)));
+    QCOMPARE(cardsOf(one), Cards{card});
+}
+
+void IndexFamilyTest::scratchCardsAreInNoIndex()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const uint16_t a = box.add("a");
+    uint16_t work = PdtmWorkCard;
+    QCOMPARE(_CardCopy(box.handle(), a, &work), PdtmStatus(PdtmOk));
+    box.write(work, "NAME", "b");
+    QCOMPARE(cardsOf(index), Cards{a});
+    box.restart();
+    _IndexSort(index, box.handle());
+    QCOMPARE(cardsOf(index), Cards{a});
+    _CardDelete(box.handle(), work);
+}
+
+void IndexFamilyTest::attributeOfAHiddenCardSurvives()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const uint16_t a = box.add("a");
+    box.setAttribute(a, HiddenMask);
+    QVERIFY(cardsOf(index).isEmpty());
+    box.restart();
+    QVERIFY(cardsOf(index).isEmpty());
+    _IndexSort(index, box.handle());
+    QVERIFY(cardsOf(index).isEmpty());
+    box.setAttribute(a, 0);
+    QCOMPARE(cardsOf(index), Cards{a});
+}
+
+void IndexFamilyTest::viewsKeepToTheirParents()
+{
+    TestBox box;
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const uint16_t a = box.add("a", 9, "\1", "Nara");
+    box.add("b", 8, {}, "Nara");
+    box.add("c", 7, "\1", "Kobe");
+    const QByteArray one = box.grouped("ONE.IDX", master, category(1));
+    const QByteArray filter = box.grouped("FILTER.tdx", one, text("TOWN", Equal, "Nara"));
+    const QByteArray copy = box.at("ppinKYT0.tdx");
+    const QByteArray sort = sortBy("NUMB", Ascending);
+    QCOMPARE(_IndexCopy(filter, copy, 2, sort.constData(), int(sort.size())), PdtmStatus(PdtmOk));
+    QCOMPARE(_IndexSort(copy, box.handle()), PdtmStatus(PdtmOk));
+    QCOMPARE(TestBox::info(filter, InfoSearchExpression), text("TOWN", Equal, "Nara"));
+    // Edits: only what is in Nara and in the category belongs.
+    const uint16_t d = box.add("d", 1, "\1\2", "Nara");
+    box.add("e", 2, "\2", "Nara");
+    const Cards byName{a, d};
+    const Cards byNumber{d, a};
+    QCOMPARE(cardsOf(filter), byName);
+    QCOMPARE(cardsOf(copy), byNumber);
+    // Damage and rebuild, with all of them loaded anew.
+    box.close();
+    for (const QByteArray &index : {one, filter, copy}) {
+        const QByteArray bytes = contentsOf(index);
+        replaceContents(index, bytes.left(bytes.size() / 2));
+    }
+    box.forgetMemory();
+    box.open();
+    QCOMPARE(cardsOf(copy), byNumber);
+    QCOMPARE(cardsOf(filter), byName);
+    box.edit(a, "CTGR", "\2");
+    QCOMPARE(cardsOf(filter), Cards{d});
+    QCOMPARE(cardsOf(copy), Cards{d});
+    QCOMPARE(cardsOf(one).size(), 2);
+    // Filled with all cards the view has no parent any more.
+    _IndexUnGroup(copy, box.handle());
+    QCOMPARE(cardsOf(copy).size(), 5);
+}
+
+void IndexFamilyTest::unwrittenChangesAreRebuilt()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    box.add("b");
+    box.restart();
+    const QByteArray before = contentsOf(index);
+    const uint16_t a = box.add("a");
+    box.close();
+    replaceContents(index, before); // as after a crash: the box went on, the index didn't
+    box.forgetMemory();
+    box.open();
+    QCOMPARE(cardsOf(index).size(), 2);
+    QCOMPARE(cardsOf(index).first(), a);
+}
+
+void IndexFamilyTest::undoneActionLeavesNoTrace()
+{
+    TestBox box;
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const uint16_t b = box.add("b");
+    const QByteArray before = contentsOf(master);
+    QCOMPARE(DtmBeginAction(box.handle()), PdtmStatus(PdtmOk));
+    box.add("a");
+    _IndexSort(master, box.handle()); // written in the middle of the action
+    QCOMPARE(cardsOf(master).size(), 2);
+    box.close();
+    QVERIFY(box.open());
+    QCOMPARE(cardsOf(master), Cards{b});
+    const uint16_t c = box.add("c");
+    QCOMPARE(cardsOf(master), (Cards{b, c}));
+    box.restart();
+    QCOMPARE(cardsOf(master), (Cards{b, c}));
+}
+
+void IndexFamilyTest::closedBoxIsStillWalked()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const uint16_t a = box.add("a");
+    box.close();
+    QCOMPARE(cardsOf(index), Cards{a});
+    box.forgetMemory();
+    QCOMPARE(cardsOf(index), Cards{a}); // from the file
+    uint16_t number = 0;
+    QCOMPARE(_IndexNoAppend(index, 0, a, &number), PdtmStatus(PdtmBadArgument));
+}
+
+void IndexFamilyTest::damagedOrderOfAClosedBoxIsEmpty()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const uint16_t a = box.add("a");
+    box.close();
+    const QByteArray bytes = contentsOf(index);
+    replaceContents(index, bytes.left(bytes.size() / 2));
+    box.forgetMemory();
+    QVERIFY(cardsOf(index).isEmpty());
+    box.open();
+    QCOMPARE(cardsOf(index), Cards{a});
+}
+
+void IndexFamilyTest::readOnlyHandleRebuildsInMemoryAlone()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const uint16_t a = box.add("a");
+    box.close();
+    const QByteArray bytes = contentsOf(index);
+    const QByteArray damaged = bytes.left(bytes.size() / 2);
+    replaceContents(index, damaged);
+    box.forgetMemory();
+    QVERIFY(box.open(1));
+    QCOMPARE(cardsOf(index), Cards{a});
+    box.close();
+    QCOMPARE(contentsOf(index), damaged);
+}
+
+void IndexFamilyTest::healingShowsInTheFile()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    for (int i = 0; i < 50; ++i) {
+        box.add(QByteArray::number(i));
+    }
+    box.close();
+    const QByteArray bytes = contentsOf(index);
+    replaceContents(index, bytes.left(bytes.size() / 2));
+    box.forgetMemory();
+    box.open();
+    QCOMPARE(cardsOf(index).size(), 50);
+    QCOMPARE(contentsOf(index), bytes);
+}
+
+namespace {
+
+/** Flips, truncates or replaces the file of an index of a closed box, and looks at what comes of it. */
+class Damage
+{
+public:
+    explicit Damage(TestBox &box) : m_box(box)
+    {
+        m_index =
+            box.sorted("KYTEST.IDX", sortKey("NAME", TextAscending) + sortKey("NUMB", Descending) + '\0');
+        for (int i = 0; i < 60; ++i) {
+            box.add(QByteArray::number(i * 7919 % 31), static_cast<uint16_t>(i));
+        }
+        m_cards = cardsOf(m_index);
+        box.close();
+        m_bytes = contentsOf(m_index);
+    }
+    [[nodiscard]] const QByteArray &bytes() const { return m_bytes; }
+    [[nodiscard]] const QByteArray &index() const { return m_index; }
+    [[nodiscard]] const Cards &cards() const { return m_cards; }
+
+    /** True when the index shows what a fresh sort would; an unreadable definition has to be told as damaged.
+     */
+    bool heals(const QByteArray &bytes)
+    {
+        replaceContents(m_index, bytes);
+        const PdtmStatus status = check(m_index);
+        m_box.forgetMemory();
+        m_box.open();
+        const bool healed = cardsOf(m_index) == m_cards && placesANewCard();
+        m_box.close();
+        if (status == PdtmDamaged) {
+            return !healed && TestBox::info(m_index, InfoBoxName).isNull() &&
+                   m_box.family().contains(m_index);
+        }
+        return status == PdtmOk && healed;
+    }
+
+private:
+    /** A card that comes needs the sort keys as well. */
+    bool placesANewCard()
+    {
+        const uint16_t card = m_box.add("12", 999);
+        const Cards cards = cardsOf(m_index);
+        _IndexSort(m_index, m_box.handle());
+        const bool same = cards == cardsOf(m_index) && cards.contains(card);
+        _CardDelete(m_box.handle(), card);
+        return same;
+    }
+
+    TestBox &m_box;
+    QByteArray m_index;
+    QByteArray m_bytes;
+    Cards m_cards;
+};
+
+} // namespace
+
+void IndexFamilyTest::everyDefinitionByteFlipped()
+{
+    TestBox box;
+    Damage damage(box);
+    const int size = int(damage.bytes().size());
+    const int definition = 160; // head, and more than the definition holds; the same from the end
+    for (int i = 0; i < definition; ++i) {
+        for (const int at : {i, size - 1 - i}) {
+            QByteArray bytes = damage.bytes();
+            bytes[at] = static_cast<char>(~bytes[at]);
+            QVERIFY2(damage.heals(bytes), qPrintable(QString("byte %1 of %2").arg(at).arg(size)));
+        }
+    }
+}
+
+void IndexFamilyTest::bothDefinitionsDamaged()
+{
+    TestBox box;
+    Damage damage(box);
+    QByteArray bytes = damage.bytes();
+    bytes[30] = static_cast<char>(~bytes[30]);
+    bytes[bytes.size() - 30] = static_cast<char>(~bytes[bytes.size() - 30]);
+    replaceContents(damage.index(), bytes);
+    box.forgetMemory();
+    QCOMPARE(check(damage.index()), PdtmStatus(PdtmDamaged));
+    char buffer[PdtmInfoRoom];
+    uint16_t size = sizeof buffer;
+    QCOMPARE(_IndexInfoRead(damage.index(), InfoSortExpression, buffer, &size), PdtmStatus(PdtmDamaged));
+    QCOMPARE(box.family(), QList<QByteArray>{damage.index()});
+    QCOMPARE(_IndexDelete(damage.index()), PdtmStatus(PdtmOk));
+    QVERIFY(box.family().isEmpty());
+}
+
+void IndexFamilyTest::truncations()
+{
+    TestBox box;
+    Damage damage(box);
+    const qsizetype size = damage.bytes().size();
+    for (int i = 0; i < 20; ++i) {
+        QVERIFY2(damage.heals(damage.bytes().left(size * i / 20)), qPrintable(QString::number(i)));
+    }
+    QVERIFY(damage.heals(damage.bytes() + "more"));
+}
+
+void IndexFamilyTest::randomFlips()
+{
+    TestBox box;
+    Damage damage(box);
+    QRandomGenerator random(20);
+    for (int i = 0; i < 1000; ++i) {
+        QByteArray bytes = damage.bytes();
+        for (quint32 flips = 1 + random.bounded(3U); flips > 0; --flips) {
+            const auto at = static_cast<qsizetype>(random.bounded(static_cast<quint32>(bytes.size())));
+            bytes[at] = static_cast<char>(bytes[at] ^ static_cast<char>(1 + random.bounded(255)));
+        }
+        QVERIFY2(damage.heals(bytes), qPrintable(QString("round %1").arg(i)));
+    }
+}
+
+void IndexFamilyTest::otherLanguage()
+{
+    TestBox box;
+    box.add("a");
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", TextAscending));
+    QCOMPARE(check(index), PdtmStatus(PdtmOk));
+    DtmSetLanguage("en");
+    QCOMPARE(check(index), PdtmStatus(PdtmOtherLanguage));
+    QCOMPARE(_IndexSort(index, box.handle()), PdtmStatus(PdtmOk));
+    QCOMPARE(check(index), PdtmStatus(PdtmOk));
+    DtmSetLanguage("ja");
+    QCOMPARE(check(index), PdtmStatus(PdtmOtherLanguage));
+    QCOMPARE(check("F0:NONE.IDX"), PdtmStatus(PdtmMissing));
+    QCOMPARE(check(box.path()), PdtmStatus(PdtmDamaged));
+}
+
+void IndexFamilyTest::otherCollationRules()
+{
+    TestBox box;
+    const uint16_t b = box.add("b");
+    const uint16_t a = box.add("A");
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", TextAscending));
+    box.close();
+    // The keys of another version of the rules: they must not be compared with those of today.
+    pdtm::IndexFileReader reader;
+    const std::string path = pdtm::realPath(index);
+    QCOMPARE(reader.open(path), PdtmStatus(PdtmOk));
+    pdtm::IndexDefinition definition = reader.definition();
+    QVERIFY(definition.collator != 0);
+    definition.collator += 1;
+    const pdtm::CardId cards[] = {b, a};
+    pdtm::FileStamp stamp;
+    pdtm::OrderImage image{reader.counter(), cards, std::string(2, '\0'), {1, 2}, "12"};
+    QCOMPARE(pdtm::writeIndexFile(path, definition, image, stamp), PdtmStatus(PdtmOk));
+    box.forgetMemory();
+    box.open();
+    QCOMPARE(cardsOf(index), (Cards{b, a})); // a step needs no key
+    const uint16_t c = box.add("ab");
+    QCOMPARE(cardsOf(index), (Cards{a, c, b}));
+}
+
+void IndexFamilyTest::temporaryIndexOfAnotherProcess()
+{
+    TestBox box;
+    const uint16_t a = box.add("a", 5);
+    const uint16_t b = box.add("b", 4);
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const QByteArray temporary = box.at("ppinKYT0.tdx");
+    QCOMPARE(inOtherProcess({"sort", box.path(), master, temporary}), 0); // beside the holder
+    QCOMPARE(box.family(), (QList<QByteArray>{master, temporary}));
+    QCOMPARE(cardsOf(temporary), (Cards{b, a}));
+    const uint16_t c = box.add("c", 1);
+    QCOMPARE(cardsOf(temporary), (Cards{c, b, a}));
+    box.restart();
+    QCOMPARE(cardsOf(temporary), (Cards{c, b, a}));
+}
+
+void IndexFamilyTest::editOfAnotherProcess()
+{
+    TestBox box;
+    const uint16_t a = box.add("a");
+    const uint16_t b = box.add("b");
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const QByteArray second = box.sorted("SECOND.IDX", sortBy("NAME", Descending));
+    QCOMPARE(cardsOf(master), (Cards{a, b}));
+    QCOMPARE(cardsOf(second), (Cards{b, a}));
+    box.close();
+    const QByteArray before = contentsOf(second);
+    QCOMPARE(inOtherProcess({"edit", box.path(), QByteArray::number(a), "c"}), 0);
+    replaceContents(second, before); // one that the other process didn't keep in step
+    box.open();
+    QCOMPARE(cardsOf(master), (Cards{b, a}));
+    QCOMPARE(cardsOf(second), (Cards{a, b}));
+}
+
+void IndexFamilyTest::indexDeletedByAnotherProcess()
+{
+    TestBox box;
+    box.add("a");
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    QCOMPARE(cardsOf(index).size(), 1);
+    box.add("b"); // memory is ahead of the file
+    QCOMPARE(inOtherProcess({"delete", index}), 0);
+    box.close();
+    QVERIFY(!QFile::exists(TestBox::file(index)));
+    box.open();
+    uint16_t number = 0;
+    QCOMPARE(_NextIndexNo(index, 0, 0, 0, &number), PdtmStatus(PdtmMissing));
+}
+
+void IndexFamilyTest::readerBesideAWriter()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const uint16_t b = box.add("b");
+    QCOMPARE(inOtherProcess({"walk", box.path(), index}), int(b));
+    const uint16_t a = box.add("a");
+    QCOMPARE(inOtherProcess({"walk", box.path(), index}), int(a));
+    QCOMPARE(cardsOf(index), (Cards{a, b}));
+}
+
+void IndexFamilyTest::failedWriteAtCloseLosesNothing()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const uint16_t a = box.add("a");
+    const QString obstacle = TestBox::file(index) + ".new";
+    QVERIFY(QDir().mkpath(obstacle + "/full"));
+    box.close();
+    QCOMPARE(cardsOf(index), Cards{a});
+    box.open();
+    QCOMPARE(cardsOf(index), Cards{a});
+    box.restart();
+    QCOMPARE(cardsOf(index), Cards{a});
+    QVERIFY(QDir(obstacle).removeRecursively());
+}
+
+void IndexFamilyTest::boxThroughALink()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const QString link = QDir::homePath() + "/link";
+    QVERIFY(QFile::link(QFileInfo(TestBox::file(box.path())).path(), link));
+    const QByteArray linked = QFile::encodeName(link) + "/KYTEST.IDX";
+    const uint16_t a = box.add("a");
+    QCOMPARE(cardsOf(linked), Cards{a});
+    const uint16_t b = box.add("b");
+    QCOMPARE(cardsOf(linked), (Cards{a, b}));
+    QCOMPARE(_IndexSort(linked, box.handle()), PdtmStatus(PdtmOk));
+    QFile::remove(link);
+}
+
+void IndexFamilyTest::newBoxOfTheSameName()
+{
+    QByteArray bytes;
+    QByteArray index;
+    {
+        TestBox box;
+        index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+        box.add("a");
+        box.close();
+        bytes = contentsOf(index);
+    }
+    TestBox box;
+    replaceContents(index, bytes);
+    QVERIFY(cardsOf(index).isEmpty());
+    const uint16_t a = box.add("z");
+    QCOMPARE(cardsOf(index), Cards{a});
+}
+
+void IndexFamilyTest::addedItems()
+{
+    TestBox box;
+    const uint16_t a = box.add("a", 2);
+    const uint16_t b = box.add("b", 1);
+    const QByteArray index =
+        box.sorted("KYTEST.IDX", sortKey("LATE", Ascending) + sortKey("NAME", Ascending) + '\0');
+    box.close();
+    const ITEMDATA late = TestBox::item("LATE", ItemUshort, KindUshort);
+    uint32_t added = 0;
+    QCOMPARE(_BoxItemAppend(box.path(), &late, 1, &added), PdtmStatus(PdtmOk));
+    QVERIFY(added != 0);
+    box.open();
+    QCOMPARE(cardsOf(index), (Cards{a, b}));
+    box.edit(a, "LATE", native(uint16_t(7)));
+    QCOMPARE(cardsOf(index), (Cards{b, a}));
+    const uint16_t c = box.add("c");
+    QCOMPARE(cardsOf(index), (Cards{b, c, a}));
+}
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    if (argc > 2 && QByteArray(argv[1]) == "--child") {
+        QList<QByteArray> arguments;
+        for (int i = 2; i < argc; ++i) {
+            arguments << argv[i];
+        }
+        return runChild(arguments);
+    }
+    IndexFamilyTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "indexfamilytest.moc"
