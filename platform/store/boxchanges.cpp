@@ -19,6 +19,8 @@ std::string asText(RecordView record)
     return {reinterpret_cast<const char *>(packed.data()), packed.size()};
 }
 
+constexpr size_t RecordOverhead = 64; // what SQLite needs beside the record in a row
+
 bool isScratch(CardId card)
 {
     return card >= PdtmFirstReservedCard;
@@ -254,6 +256,8 @@ PdtmStatus SqliteBox::writeItem(CardId card, const ItemDescription &item, Bytes 
     if (const PdtmStatus status = readCard(card, record); status != PdtmOk)
         return status;
     const std::string packed = withItem(record, item.storage, value);
+    if (packed.size() > BoxDatabase::LargestRecord - RecordOverhead)
+        return PdtmTooShort;
     if (isScratch(card)) {
         (*m_scratch)[card] = packed;
         m_memoryChanged = true;
@@ -327,12 +331,12 @@ PdtmStatus SqliteBox::storeScratchCards()
     return PdtmOk;
 }
 
-/** Scratch cards and sync id go to the file without a synchronisation of their own. */
-void SqliteBox::flushMemory()
+/** Scratch cards and sync id go to the file, without waiting for the disk where that is safe. */
+void SqliteBox::flushMemory(bool synchronised)
 {
     if (!m_memoryChanged)
         return;
-    m_database.setSynchronised(false);
+    m_database.setSynchronised(synchronised);
     PdtmStatus status = m_database.begin();
     if (status == PdtmOk)
         status = removeStoredScratchCards();

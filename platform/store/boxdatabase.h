@@ -28,6 +28,8 @@ struct BoxState
 class BoxDatabase
 {
 public:
+    static constexpr int LargestRecord = 64 << 20;
+
     BoxDatabase();
     ~BoxDatabase();
     BoxDatabase(const BoxDatabase &) = delete;
@@ -68,14 +70,16 @@ public:
     [[nodiscard]] PdtmStatus begin();
     [[nodiscard]] PdtmStatus commit();
     void rollback();
-    /** Whether a commit waits until it is on the disk; it does unless this says otherwise. The box stays
-     * whole either way. */
+    /** Whether a commit waits until it is on the disk; it does unless this says otherwise. To be switched off
+     * only while the write-ahead file is empty or grows: a restarted one must not mix with its former frames.
+     */
     void setSynchronised(bool synchronised);
 
     [[nodiscard]] PdtmStatus garbageSize(uint64_t &bytes);
     /** Gives all free pages back and empties the write-ahead file. */
     [[nodiscard]] PdtmStatus collectGarbage();
-    /** Takes what stands in the write-ahead file over into the box and empties it. */
+    /** Takes what stands in the write-ahead file over into the box and empties it. PdtmBusy while somebody
+     * reads. */
     [[nodiscard]] PdtmStatus emptyLog();
     /** Bytes that the write-ahead file may grow by when every page is changed twice. */
     [[nodiscard]] PdtmStatus bulkChangeSize(uint64_t &bytes);

@@ -200,10 +200,10 @@ void SqliteBox::endActions()
 
 void SqliteBox::release(bool closing)
 {
-    flushMemory();
     // After a close the box file alone is whole, so that it can be copied and moved.
     if (m_committed && !closing && m_database.emptyLog() == PdtmOk)
         m_committed = false;
+    flushMemory(m_committed || closing);
     m_cacheCounter = m_state.counter;
     m_schemaCounter = m_state.counter;
     if (closing)

@@ -97,7 +97,7 @@ private:
     PdtmStatus writeOrdinaryCard(CardId card, Bytes packed);
     PdtmStatus removeStoredScratchCards();
     PdtmStatus storeScratchCards();
-    void flushMemory();
+    void flushMemory(bool synchronised);
     bool isInUse(CardId card, PdtmStatus &status);
     void setSchema(Schema schema);
 
