@@ -2,6 +2,7 @@
 #define KYPDATAMANAGER_H
 
 #include "kyexport.h"
+#include <concepts>
 #include <cstddef>
 #include <memory>
 #include <QByteArray>
@@ -183,7 +184,7 @@ public:
      */
     [[nodiscard]] QDateTime readTimeItem(const char *code, unsigned long card = 0, bool utc = false) const;
     /** A flag in the place of the card is a mistake. */
-    QDateTime readTimeItem(const char *code, bool utc) const = delete;
+    template <std::same_as<bool> Flag> QDateTime readTimeItem(const char *code, Flag utc) const = delete;
     /** @} */
 
     /** @name Writing

@@ -252,24 +252,24 @@ bool write(KyPDataBase &base, const Field &field)
     }
 }
 
-/** Compares a field with what write() wrote. */
-void check(KyPDataBase &base, const Field &field, unsigned long card)
+/** True when a field reads as write() wrote it. */
+bool readsAsWritten(const KyPDataBase &base, const Field &field, unsigned long card)
 {
     switch (field.type) {
     case 0:
-        return QCOMPARE(base.readField(field.number, card), textOf(field));
+        return base.readField(field.number, card) == textOf(field);
     case 1:
-        return QCOMPARE(base.readUcharField(field.number, card), 100 + field.number);
+        return base.readUcharField(field.number, card) == 100 + field.number;
     case 2:
-        return QCOMPARE(base.readUshortField(field.number, card), 1000 + field.number);
+        return base.readUshortField(field.number, card) == 1000 + field.number;
     case 3:
-        return QCOMPARE(base.readUlongField(field.number, card),
-                        0xFEDCBA00ul + static_cast<unsigned long>(field.number));
+        return base.readUlongField(field.number, card) ==
+               0xFEDCBA00ul + static_cast<unsigned long>(field.number);
     case 5:
-        QCOMPARE(base.readTimeField(field.number, card), timeOf(field));
-        return QCOMPARE(base.readDateField(field.number, card), timeOf(field).date());
+        return base.readTimeField(field.number, card) == timeOf(field) &&
+               base.readDateField(field.number, card) == timeOf(field).date();
     default:
-        QFAIL("a field of no known type");
+        return false;
     }
 }
 
@@ -556,7 +556,7 @@ void StandardBoxesTest::mailBoxesOnACard()
 void StandardBoxesTest::furtherIndexesAreMade()
 {
     KyPDataManagerIndexInfo indexes;
-    constexpr char repeats[] = "RTYP\xFE\x9B\x0B";
+    constexpr char repeats[] = "RTYP\xFE\x9B\x0B\0";
     constexpr char byStart[] = "TIM1\xFE\x82";
     indexes.addIndexInfo(KyPDataBase::datebookRepeatIdx(false), repeats, sizeof repeats, byStart,
                          sizeof byStart);
@@ -591,7 +591,7 @@ void StandardBoxesTest::everyFieldByNumber()
         QCOMPARE(base.itemName(field.number), field.code);
         if (field.type == 7)
             continue; // four blanks name no item
-        check(base, field, card);
+        QVERIFY2(readsAsWritten(base, field, card), field.code);
         QCOMPARE(base.readFieldType(field.number), field.storeType());
     }
     QVERIFY(base.startEditCard(card));
