@@ -28,7 +28,7 @@ std::optional<QSize> parseScreen(const QString &text)
     return size;
 }
 
-Options parseOptions(const QCoreApplication &application)
+Options parseOptions(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
@@ -42,7 +42,7 @@ Options parseOptions(const QCoreApplication &application)
           QStringLiteral("folder")},
          {QStringLiteral("screen"), QStringLiteral("Size of the screen."), QStringLiteral("WxH"),
           QStringLiteral("480x640")}});
-    parser.process(application);
+    parser.process(arguments);
     const std::optional<QSize> screen = parseScreen(parser.value(QStringLiteral("screen")));
     if (!screen) {
         std::fprintf(stderr, "kyorganizer: --screen takes a size such as 480x640\n");
@@ -56,8 +56,10 @@ Options parseOptions(const QCoreApplication &application)
 
 int main(int argc, char **argv)
 {
+    // Taken before the toolkit is: it has a --name of its own and removes it.
+    const QStringList arguments(argv, argv + argc);
     QPEApplication application(argc, argv);
-    const Options options = parseOptions(application);
+    const Options options = parseOptions(arguments);
     application.setName(options.name.toUtf8());
 
     MainWindow window;
