@@ -110,9 +110,15 @@ void BoxCreationKillTest::checkRepaired(int version)
     QCOMPARE(cardsOf(path + ".IDX"), cards);
     QCOMPARE(cardsOf(path + "1.IDX"), subset);
     QCOMPARE(cardsOf(path + "2.IDX"), subset);
+    // A file that was being written next to its index stays until the index is written again.
+    QVERIFY(manager.editNewCard());
+    QVERIFY(manager.writeItem("NAME", "dan"));
+    unsigned long card = 0;
+    QVERIFY(manager.finishEditCard(&card));
     QVERIFY(manager.close());
-    const auto files = folderState(boxFolder(), m_name).keys();
-    QCOMPARE(files, (QStringList{m_name + ".BOX", m_name + ".IDX", m_name + "1.IDX", m_name + "2.IDX"}));
+    QVERIFY(cardsOf(path + "2.IDX").contains(int(card)));
+    const QStringList files{m_name + ".BOX", m_name + ".IDX", m_name + "1.IDX", m_name + "2.IDX"};
+    QCOMPARE(folderNames(boxFolder(), m_name).join(' '), files.join(' '));
 }
 
 void BoxCreationKillTest::killedBeforeEachCall_data()
@@ -144,7 +150,7 @@ void BoxCreationKillTest::killedAtAnyMoment_data()
 void BoxCreationKillTest::killedAtAnyMoment()
 {
     QFETCH(int, version);
-    for (int i = 0; i < 15 && !QTest::currentTestFailed(); ++i) {
+    for (int i = 0; i < 10 && !QTest::currentTestFailed(); ++i) {
         prepare(version);
         ChildProcess child({"again", m_name, QString::number(version)});
         QCOMPARE(child.readLine(), QByteArray("ready"));
