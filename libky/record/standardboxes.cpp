@@ -351,7 +351,7 @@ QString getExternalPath(const QString &mount)
     const QString below = QString::fromUtf8(folder, static_cast<qsizetype>(qstrnlen(folder, sizeof folder)));
     const QString top = mount + below.left(below.indexOf(u'/', 1));
     makeFolder(top);
-    makeFolder(top + QLatin1String("/kliomu"));
+    makeFolder(top + QLatin1String("/kliomu")); // holds no box; a card that was made ready has it
     makeFolder(mount + below);
     return mount + below + u'/';
 }

@@ -42,16 +42,25 @@ inline FileState fileState(const QString &path)
     return state;
 }
 
-/** Boxes and indexes in a folder. What SQLite and the lock keep beside a box is left out. */
+/** Names of the boxes and indexes in a folder. What SQLite and the lock keep beside a box is left out. */
+inline QStringList folderNames(const QString &folder = boxFolder(), const QString &prefix = QString())
+{
+    QStringList names;
+    for (const QString &name : QDir(folder).entryList(QDir::Files)) {
+        const bool beside = name.endsWith("-lock") || name.endsWith("-wal") || name.endsWith("-shm");
+        if (!beside && name.startsWith(prefix))
+            names.append(name);
+    }
+    return names;
+}
+
+/** The same files with their states. */
 inline QMap<QString, FileState> folderState(const QString &folder = boxFolder(),
                                             const QString &prefix = QString())
 {
     QMap<QString, FileState> states;
-    for (const QString &name : QDir(folder).entryList(QDir::Files)) {
-        const bool beside = name.endsWith("-lock") || name.endsWith("-wal") || name.endsWith("-shm");
-        if (!beside && name.startsWith(prefix))
-            states.insert(name, fileState(folder + name));
-    }
+    for (const QString &name : folderNames(folder, prefix))
+        states.insert(name, fileState(folder + name));
     return states;
 }
 
