@@ -6,6 +6,7 @@
 #include "indexfile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <string_view>

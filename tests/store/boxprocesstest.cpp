@@ -10,6 +10,19 @@ using namespace boxfixture;
 
 namespace {
 
+/** Adds and overwrites cards until the process is killed; names each change on a line when it is saved. */
+void fill(uint32_t handle, QFile &output)
+{
+    for (int i = 0;; ++i) {
+        const QByteArray name = "name-" + QByteArray::number(i) + QByteArray(i % 50 * 20, 'x');
+        const uint16_t card = addCard(handle, name);
+        output.write(QByteArray::number(card) + ' ' + name + '\n');
+        if (i % 3 == 2 && write(handle, 1, "ADRS", name) == PdtmOk)
+            output.write("1a " + name + '\n');
+        output.flush();
+    }
+}
+
 /**
  * The other process: does what its standard input says, a line at a time, and answers each with a line.
  * Commands: open MODE PATH, close, add NAME, read CARD CODE, write CARD CODE VALUE, begin, end, count, touch
@@ -40,6 +53,8 @@ int serve()
             answer = QByteArray::number(DtmBeginAction(handle));
         } else if (words[0] == "end") {
             answer = QByteArray::number(DtmEndAction(handle));
+        } else if (words[0] == "fill") {
+            fill(handle, output);
         } else if (words[0] == "collect") {
             answer = QByteArray::number(_BoxGarbageCollect(words[1].constData()));
         }
@@ -69,6 +84,19 @@ public:
         }
         return m_process.readLine().trimmed();
     }
+    /** Kills it after some time; all that it had still written. */
+    QByteArray killAfter(unsigned long milliseconds)
+    {
+        m_process.waitForReadyRead(10000);
+        QThread::msleep(milliseconds);
+        kill();
+        return m_process.readAll();
+    }
+    void tell(const QByteArray &command)
+    {
+        m_process.write(command + '\n');
+        m_process.waitForBytesWritten();
+    }
     void kill()
     {
         m_process.kill();
@@ -90,6 +118,7 @@ private slots:
     void holderExcludesAnother();
     void killedHolderLetsGo();
     void killedHolderLosesOnlyItsOpenAction();
+    void savedCardsSurviveKills();
     void readerSeesTheNewestCommit();
     void holderSeesWhatAnotherWrote();
     void scratchCardOfAnotherProcess();
@@ -160,6 +189,35 @@ void BoxProcessTest::killedHolderLosesOnlyItsOpenAction()
     QCOMPARE(read(handle, 1, "NAPR"), QByteArray("saved"));
     QCOMPARE(read(handle, 2, "NAPR"), QByteArray("status 65"));
     _BoxClose(handle);
+}
+
+void BoxProcessTest::savedCardsSurviveKills()
+{
+    QMap<uint16_t, QByteArray> saved;
+    QByteArray address;
+    for (int round = 0; round < 30; ++round) {
+        OtherProcess other;
+        QCOMPARE(other.ask("open 0 " + m_box), QByteArray("open"));
+        other.tell("fill");
+        const QByteArray output = other.killAfter(static_cast<unsigned long>(round * 7 % 40));
+        const QList<QByteArray> lines = output.left(output.lastIndexOf('\n') + 1).split('\n');
+        QVERIFY(lines.size() > 1);
+        for (const QByteArray &line : lines) {
+            const QList<QByteArray> words = line.split(' ');
+            if (words[0] == "1a")
+                address = words[1];
+            else if (words.size() == 2)
+                saved[words[0].toUShort()] = words[1];
+        }
+        const uint32_t handle = _BoxOpenRwMode(m_box.constData(), 0);
+        QVERIFY(handle);
+        for (auto card = saved.constBegin(); card != saved.constEnd(); ++card)
+            QCOMPARE(read(handle, card.key(), "NAPR"), card.value());
+        QVERIFY(read(handle, 1, "ADRS").startsWith(address.isEmpty() ? "" : "name-"));
+        _BoxClose(handle);
+        QCOMPARE(_DTMFileCheckLevel(m_box.constData(), 255), PdtmStatus(PdtmOk));
+    }
+    QVERIFY2(saved.size() > 100, QByteArray::number(saved.size()));
 }
 
 void BoxProcessTest::readerSeesTheNewestCommit()
