@@ -78,13 +78,14 @@ void review(Index &index, uint64_t counter)
     }
 }
 
-/** Writes an index at the close of its box, unless another process deleted or replaced the file meanwhile. */
+/** Writes an index at the close of its box. When another process deleted or replaced the file meanwhile, that
+ * stands. */
 void writeAtClose(Index &index, BoxFile &box, uint64_t counter)
 {
-    if (!index.isDirty() || stampOf(index.path()) != index.stamp()) {
+    if (!index.isDirty() || registry().rereadIfReplaced(index) != PdtmOk) {
         return;
     }
-    if (index.isCurrent(counter)) {
+    if (index.isDirty() && index.isCurrent(counter)) {
         static_cast<void>(index.ensureKeys(box));
         static_cast<void>(index.save());
     }
