@@ -84,6 +84,11 @@ std::optional<IndexOrder> buildOrder(BoxFile &box, const IndexDefinition &defini
     return complete ? std::optional(builder.finish()) : std::nullopt;
 }
 
+bool Index::isOfOtherLanguage() const
+{
+    return m_definition.collator != 0 && m_definition.language != language();
+}
+
 PdtmStatus Index::load()
 {
     IndexFileReader reader;
@@ -101,8 +106,7 @@ PdtmStatus Index::load()
     if (!usable) {
         m_order = IndexOrder();
     }
-    const bool otherLanguage = m_definition.collator != 0 && m_definition.language != language();
-    m_counter = usable && !otherLanguage ? stored.counter : 0;
+    m_counter = usable && !isOfOtherLanguage() ? stored.counter : 0;
     if (parsedOrder(m_definition.order).keys().empty()) {
         m_order.setEmptyKeys();
     }
