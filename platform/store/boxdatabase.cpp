@@ -3,7 +3,7 @@
 #include "filesystem.h"
 
 #include <algorithm>
-#include <cerrno>
+#include <cctype>
 #include <cstdlib>
 #include <unistd.h>
 #include <vector>
@@ -14,8 +14,8 @@ namespace {
 
 constexpr int64_t ApplicationMagic = 0x50445442; // "PDTB"
 constexpr int64_t FormatVersion = 1;
-constexpr int64_t MaximumRecordSize = 64 << 20;
 constexpr int BusyMilliseconds = 100; // SQLite's own short locks: recovery, the end of a connection
+constexpr uint64_t LeastFreeSpace = 64 << 10;
 constexpr int64_t SmallestFile = 512;
 constexpr uint64_t FrameHeaderSize = 24;
 
@@ -65,11 +65,6 @@ std::string temporaryFolder()
     return mkdtemp(folder.data()) ? folder : std::string();
 }
 
-bool isSpaceError(int error)
-{
-    return error == ENOSPC || error == EDQUOT;
-}
-
 } // namespace
 
 struct BoxDatabase::Statements
@@ -116,7 +111,8 @@ PdtmStatus BoxDatabase::statusOf(int result) const
         return PdtmReadOnly;
     case SQLITE_IOERR:
     case SQLITE_CANTOPEN:
-        return isSpaceError(sqlite3_system_errno(m_connection)) ? PdtmOutOfSpace : PdtmIoError;
+        // SQLite tells a full volume from another failure only where it writes the log itself.
+        return freeSpace(folderOf(m_path)) < LeastFreeSpace ? PdtmOutOfSpace : PdtmIoError;
     default: // SQLITE_CORRUPT, SQLITE_NOTADB; the statements are fixed, so any other comes from a damaged
              // file
         return PdtmDamaged;
@@ -147,7 +143,7 @@ PdtmStatus BoxDatabase::openConnection(const std::string &uri, int flags)
         return PdtmTooShort;
     sqlite3_extended_result_codes(m_connection, 1);
     sqlite3_busy_timeout(m_connection, BusyMilliseconds);
-    sqlite3_limit(m_connection, SQLITE_LIMIT_LENGTH, MaximumRecordSize);
+    sqlite3_limit(m_connection, SQLITE_LIMIT_LENGTH, LargestRecord);
     sqlite3_limit(m_connection, SQLITE_LIMIT_ATTACHED, 0);
     sqlite3_db_config(m_connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     m_statements = std::make_unique<Statements>();
@@ -168,6 +164,12 @@ void BoxDatabase::close(bool tidy)
     sqlite3_close_v2(m_connection);
     m_connection = nullptr;
     m_readOnly = false;
+}
+
+void BoxDatabase::abandon()
+{
+    static_cast<void>(m_statements.release());
+    m_connection = nullptr;
 }
 
 PdtmStatus BoxDatabase::create(const std::string &path, const BoxState &state)
@@ -485,7 +487,9 @@ void BoxDatabase::rollback()
 
 void BoxDatabase::setSynchronised(bool synchronised)
 {
-    const char *setting = synchronised ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL";
+    // A checkpoint without synchronisation could harm the box; there is none then.
+    const char *setting = synchronised ? "PRAGMA synchronous=FULL; PRAGMA wal_autocheckpoint=1000"
+                                       : "PRAGMA synchronous=OFF; PRAGMA wal_autocheckpoint=0";
     sqlite3_exec(m_connection, setting, nullptr, nullptr, nullptr);
 }
 
@@ -505,17 +509,16 @@ PdtmStatus BoxDatabase::garbageSize(uint64_t &bytes)
 
 PdtmStatus BoxDatabase::collectGarbage()
 {
-    const PdtmStatus status = execute("PRAGMA incremental_vacuum");
-    return status == PdtmOk ? emptyLog() : status;
+    if (const PdtmStatus status = execute("PRAGMA incremental_vacuum"); status != PdtmOk)
+        return status;
+    const PdtmStatus status = emptyLog();
+    return status == PdtmBusy ? PdtmStatus(PdtmOk) : status; // a reader elsewhere: the file shrinks later
 }
 
 PdtmStatus BoxDatabase::emptyLog()
 {
-    // A reader in another process may keep the write-ahead file from being emptied: the next commit does it
-    // then.
-    const int result =
-        sqlite3_wal_checkpoint_v2(m_connection, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
-    return (result & 0xFF) == SQLITE_BUSY ? PdtmStatus(PdtmOk) : statusOf(result);
+    return statusOf(
+        sqlite3_wal_checkpoint_v2(m_connection, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr));
 }
 
 PdtmStatus BoxDatabase::bulkChangeSize(uint64_t &bytes)

@@ -10,6 +10,12 @@
 
 namespace pdtm {
 
+/** The bytes of a packed record that is held as text. */
+[[nodiscard]] inline Bytes bytesOf(const std::string &packed)
+{
+    return {reinterpret_cast<const uint8_t *>(packed.data()), packed.size()};
+}
+
 /** The one row of the table `box`. */
 struct BoxState
 {
@@ -28,6 +34,8 @@ struct BoxState
 class BoxDatabase
 {
 public:
+    static constexpr int LargestRecord = 64 << 20;
+
     BoxDatabase();
     ~BoxDatabase();
     BoxDatabase(const BoxDatabase &) = delete;
@@ -42,6 +50,8 @@ public:
     [[nodiscard]] PdtmStatus open(const std::string &path);
     /** @param tidy the caller holds the lock of the box: what is in the write-ahead file goes into the box */
     void close(bool tidy);
+    /** Forgets the connection without ending it, in a process that only has a copy of it. */
+    void abandon();
     [[nodiscard]] bool isOpen() const { return m_connection != nullptr; }
     /** Opened for reading what can't be written. */
     [[nodiscard]] bool isReadOnly() const { return m_readOnly; }
@@ -68,14 +78,16 @@ public:
     [[nodiscard]] PdtmStatus begin();
     [[nodiscard]] PdtmStatus commit();
     void rollback();
-    /** Whether a commit waits until it is on the disk; it does unless this says otherwise. The box stays
-     * whole either way. */
+    /** Whether a commit waits until it is on the disk; it does unless this says otherwise. To be switched off
+     * only while the write-ahead file is empty or grows: a restarted one must not mix with its former frames.
+     */
     void setSynchronised(bool synchronised);
 
     [[nodiscard]] PdtmStatus garbageSize(uint64_t &bytes);
     /** Gives all free pages back and empties the write-ahead file. */
     [[nodiscard]] PdtmStatus collectGarbage();
-    /** Takes what stands in the write-ahead file over into the box and empties it. */
+    /** Takes what stands in the write-ahead file over into the box and empties it. PdtmBusy while somebody
+     * reads. */
     [[nodiscard]] PdtmStatus emptyLog();
     /** Bytes that the write-ahead file may grow by when every page is changed twice. */
     [[nodiscard]] PdtmStatus bulkChangeSize(uint64_t &bytes);

@@ -31,16 +31,16 @@ public:
     /** This process holds the box in mode 0, so that nobody else changes it. */
     [[nodiscard]] virtual bool isHeld() const = 0;
 
-    /** Counts every change of cards and items; rises with the change itself, so that inside an action it is ahead
-     * of the file. Constant time while held, one small read otherwise. 0: it can't be read. */
+    /** Counts every change of cards and items; rises with the change itself, so that inside an action it is
+     * ahead of the file. Constant time while held, one small read otherwise. 0: it can't be read. */
     virtual uint64_t changeCounter() = 0;
 
-    /** Visits all ordinary cards by rising id in one consistent state. The view is valid inside the call. False
-     * when the box can't be read to its end; the visit ends early when it returns false. */
+    /** Visits all ordinary cards by rising id in one consistent state. The view is valid inside the call.
+     * False when the box can't be read to its end; the visit ends early when it returns false. */
     virtual bool forEachCard(const std::function<bool(CardId, RecordView)> &visit) = 0;
 
-    /** Reads a card, scratch cards of this process included. The view is valid until the next call on the box.
-     * PdtmNoSuchCard, PdtmIoError */
+    /** Reads a card, scratch cards of this process included. The view is valid until the next call on the
+     * box. PdtmNoSuchCard, PdtmIoError */
     virtual PdtmStatus readCard(CardId card, RecordView &record) = 0;
 };
 

@@ -6,6 +6,7 @@
 #include "indexfile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <string_view>
@@ -13,13 +14,14 @@
 #include <unistd.h>
 
 using namespace pdtm;
+using namespace std::string_view_literals;
 
 namespace {
 
 constexpr uint8_t HighestMode = 1;
 constexpr int ThoroughLevel = 255;
 constexpr size_t LongestLabel = 37;
-constexpr std::string_view SqliteMagic{"SQLite format 3", 16};
+constexpr std::string_view SqliteMagic = "SQLite format 3\0"sv;
 constexpr const char *BoxCompanions[] = {"-wal", "-shm", "-journal"};
 
 PdtmStatus removeFile(const std::string &path)
@@ -99,7 +101,7 @@ template <typename Work> PdtmStatus whileHeld(const BorrowedBox &box, Work work)
     if (const PdtmStatus status = box->hold(); status != PdtmOk)
         return status;
     const PdtmStatus status = work();
-    box->release(false);
+    BoxRegistry::instance().release(*box);
     return status;
 }
 
@@ -143,7 +145,7 @@ PdtmStatus _BoxCreate(const char *path, uint32_t applicationId)
         return status;
     const PdtmStatus status = fileIdentity(real) ? PdtmStatus(PdtmExists) : makeBox(real, applicationId);
     if (status == PdtmOk)
-        family::boxDeleted(real);
+        family::boxDeleted(canonicalPath(real));
     return status;
 }
 
@@ -162,6 +164,7 @@ PdtmStatus _BoxDelete(const char *path)
     BoxRegistry::instance().forget(real);
     const PdtmStatus status = removeFile(real);
     if (status == PdtmOk) {
+        BoxRegistry::instance().markDeleted(real);
         removeCompanions(real);
         family::boxDeleted(real);
     }

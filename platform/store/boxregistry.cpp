@@ -23,6 +23,11 @@ bool isOnInternalStorage(const std::string &path)
     return internal && file && internal->device == file->device;
 }
 
+bool mayRest(SqliteBox &box)
+{
+    return !box.isDeleted() && !box.database().isReadOnly() && isOnInternalStorage(box.path());
+}
+
 } // namespace
 
 std::string canonicalPath(const std::string &path)
@@ -41,14 +46,14 @@ BoxRegistry::BoxRegistry() : m_process(getpid()) {}
 
 BoxRegistry::~BoxRegistry()
 {
-    // A forked child has none of the locks: its copies of the connections must not close.
-    if (getpid() != m_process) {
-        auto *leaked = new std::vector<std::shared_ptr<SqliteBox>>(m_boxes);
-        static_cast<void>(leaked);
-        return;
+    // A forked child has none of the locks: its copies of the connections must not end.
+    const bool isForked = getpid() != m_process;
+    for (const auto &box : m_boxes) {
+        if (isForked)
+            box->database().abandon();
+        else
+            box->shutDown();
     }
-    for (const auto &box : m_boxes)
-        box->shutDown();
 }
 
 bool BoxRegistry::hasHandle(const SqliteBox &box) const
@@ -68,13 +73,26 @@ void BoxRegistry::dropUnused()
         if (hasHandle(*box))
             return false;
         box->rest();
-        return !isOnInternalStorage(box->path());
+        return !mayRest(*box);
     });
 }
 
 void BoxRegistry::forget(const std::string &realPath)
 {
     std::erase_if(m_boxes, [&](const auto &box) { return !hasHandle(*box) && box->isSameFile(realPath); });
+}
+
+void BoxRegistry::markDeleted(const std::string &realPath)
+{
+    for (const auto &box : m_boxes) {
+        if (box->path() == realPath)
+            box->markDeleted();
+    }
+}
+
+void BoxRegistry::release(SqliteBox &box)
+{
+    box.release(!hasHandle(box) && !mayRest(box));
 }
 
 PdtmStatus BoxRegistry::borrow(const std::string &realPath, std::shared_ptr<SqliteBox> &box)
@@ -112,7 +130,7 @@ const OpenHandle *BoxRegistry::find(uint32_t handle) const
 std::shared_ptr<SqliteBox> BoxRegistry::ifOpen(const std::string &realPath) const
 {
     for (const OpenHandle &open : m_handles) {
-        if (open.box->path() == realPath)
+        if (open.box->path() == realPath && !open.box->isDeleted())
             return open.box;
     }
     for (const OpenHandle &open : m_handles) {
@@ -152,7 +170,7 @@ PdtmStatus BoxRegistry::close(uint32_t handle)
     }
     std::erase_if(m_handles, [handle](const OpenHandle &known) { return known.number == handle; });
     if (isHolder)
-        box->release(!hasHandle(*box) && !isOnInternalStorage(box->path()));
+        release(*box);
     dropUnused();
     return PdtmOk;
 }

@@ -41,8 +41,12 @@ public:
     [[nodiscard]] PdtmStatus borrow(const std::string &realPath, std::shared_ptr<SqliteBox> &box);
     /** Ends the connections without a handle, except those on internal storage, which rest. */
     void dropUnused();
-    /** The file is about to go: no resting connection to it stays. */
+    /** Gives the lock of a held box back. Without a handle its connection ends, unless it may rest. */
+    void release(SqliteBox &box);
+    /** The file is about to be read or deleted: no resting connection to it stays. */
     void forget(const std::string &realPath);
+    /** The file lost its name; handles on it go on reading it. */
+    void markDeleted(const std::string &realPath);
 
 private:
     BoxRegistry();
@@ -74,6 +78,7 @@ public:
 
     [[nodiscard]] PdtmStatus status() const { return m_status; }
     SqliteBox *operator->() const { return m_box.get(); }
+    SqliteBox &operator*() const { return *m_box; }
 
 private:
     std::shared_ptr<SqliteBox> m_box;

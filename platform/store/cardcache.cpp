@@ -32,11 +32,6 @@ RecordView recordOf(const uint8_t *card)
     return RecordView(Bytes(card + sizeof(uint32_t), lengthOf(card)));
 }
 
-Bytes asBytes(const std::string &text)
-{
-    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
-}
-
 } // namespace
 
 PdtmStatus CardCache::find(CardId card, RecordView &record) const
@@ -47,9 +42,9 @@ PdtmStatus CardCache::find(CardId card, RecordView &record) const
         record = recordOf(m_cards[card]);
         return PdtmOk;
     }
-    if (card != m_lastCard)
+    if (card != m_lastCard || card == 0)
         return PdtmNone;
-    record = RecordView(asBytes(m_lastRecord));
+    record = RecordView(bytesOf(m_lastRecord));
     return PdtmOk;
 }
 
@@ -86,7 +81,10 @@ void CardCache::put(CardId card, Bytes packed)
         return;
     }
     m_waste += present ? lengthOf(present) : 0;
-    append(card, packed);
+    if (m_waste > MostWaste)
+        clear(); // taken in anew when many cards are asked for
+    else
+        append(card, packed);
 }
 
 void CardCache::remove(CardId card)
@@ -106,7 +104,7 @@ void CardCache::clear()
 
 void CardCache::load(BoxDatabase &database)
 {
-    if (isLoaded() && m_waste < MostWaste)
+    if (isLoaded())
         return;
     clear();
     if (database.fileSize() > LargestBox) {

@@ -66,7 +66,8 @@ bool sameFolded(char stored, char folded)
 
 bool containsFolded(std::string_view text, std::string_view folded)
 {
-    return !std::ranges::search(text, folded, sameFolded).empty() || folded.empty();
+    return folded.empty() ||
+           std::search(text.begin(), text.end(), folded.begin(), folded.end(), sameFolded) != text.end();
 }
 
 /** 40 bits of a time, big-endian; nothing for another width. */

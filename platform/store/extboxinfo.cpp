@@ -51,7 +51,11 @@ const PioExtItem *itemOfNumber(const PioExtBoxInfo *info, uint32_t itemNumber)
 extern "C" PioExtBoxInfo *_PioNewExtBoxInfo(const char *path, uint32_t handle)
 {
     const std::shared_ptr<BoxFile> box = BoxFile::ofHandle(handle);
-    return path && box ? new (std::nothrow) OwnedBoxInfo(box->schema()) : nullptr;
+    try {
+        return path && box ? new OwnedBoxInfo(box->schema()) : nullptr;
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
 }
 
 extern "C" void _PioDisposeExtBoxInfo(PioExtBoxInfo *info)

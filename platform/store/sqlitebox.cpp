@@ -12,16 +12,6 @@ namespace pdtm {
 
 namespace {
 
-Bytes asBytes(const std::string &text)
-{
-    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
-}
-
-bool isScratch(CardId card)
-{
-    return card >= PdtmFirstReservedCard;
-}
-
 /** A counter that no earlier session can have given out, not even one that ended without a commit. */
 uint64_t sessionCounter()
 {
@@ -59,10 +49,14 @@ PdtmStatus SqliteBox::load()
 {
     if (const PdtmStatus status = m_database.readState(m_state); status != PdtmOk)
         return status;
+    if (m_schemaCounter == m_state.counter)
+        return PdtmOk;
     Schema schema;
     const PdtmStatus status = m_database.readSchema(schema);
-    if (status == PdtmOk)
+    if (status == PdtmOk) {
         setSchema(std::move(schema));
+        m_schemaCounter = m_state.counter;
+    }
     return status;
 }
 
@@ -97,16 +91,6 @@ bool SqliteBox::isSameFile(const std::string &realPath) const
     return file && file->device == m_device && file->inode == m_inode;
 }
 
-PdtmStatus SqliteBox::refresh()
-{
-    if (isHeld())
-        return PdtmOk;
-    uint64_t counter = 0;
-    if (const PdtmStatus status = m_database.readCounter(counter); status != PdtmOk)
-        return status;
-    return counter == m_state.counter ? PdtmStatus(PdtmOk) : load();
-}
-
 const ItemDescription *SqliteBox::item(const char *code)
 {
     ItemCode wanted;
@@ -129,17 +113,17 @@ uint64_t SqliteBox::changeCounter()
 
 PdtmStatus SqliteBox::readCard(CardId card, RecordView &record)
 {
-    if (isScratch(card)) {
+    if (isScratchCard(card)) {
         const auto found = m_scratch->find(card);
         if (found == m_scratch->end())
             return PdtmNoSuchCard;
-        record = RecordView(asBytes(found->second));
+        record = RecordView(bytesOf(found->second));
         return PdtmOk;
     }
     if (isHeld())
         return readCachedCard(card, record);
     const PdtmStatus status = m_database.readCard(card, m_record);
-    record = RecordView(asBytes(m_record));
+    record = RecordView(bytesOf(m_record));
     return status;
 }
 
@@ -157,7 +141,7 @@ PdtmStatus SqliteBox::readCachedCard(CardId card, RecordView &record)
     status = m_database.readCard(card, m_record);
     if (status != PdtmOk)
         return status;
-    m_cache.put(card, asBytes(m_record));
+    m_cache.put(card, bytesOf(m_record));
     return m_cache.find(card, record);
 }
 
@@ -206,11 +190,12 @@ void SqliteBox::endActions()
 
 void SqliteBox::release(bool closing)
 {
-    flushMemory();
     // After a close the box file alone is whole, so that it can be copied and moved.
     if (m_committed && !closing && m_database.emptyLog() == PdtmOk)
         m_committed = false;
+    flushMemory(m_committed || closing);
     m_cacheCounter = m_state.counter;
+    m_schemaCounter = m_state.counter;
     if (closing)
         m_database.close(true);
     m_lock.release();

@@ -35,6 +35,9 @@ public:
     [[nodiscard]] bool isSameFile(const std::string &realPath) const;
     /** Remembers how the file looks, for isUntouched(). */
     void rest();
+    /** The file lost its name; who has it open goes on reading it. */
+    void markDeleted() { m_isDeleted = true; }
+    [[nodiscard]] bool isDeleted() const { return m_isDeleted; }
 
     /** Takes the lock of the box. PdtmBusy, PdtmReadOnly, PdtmDamaged, PdtmIoError */
     [[nodiscard]] PdtmStatus hold();
@@ -47,7 +50,7 @@ public:
     void shutDown();
 
     /** Brings schema and state up to the newest commit; nothing while held. */
-    [[nodiscard]] PdtmStatus refresh();
+    [[nodiscard]] PdtmStatus refresh() { return isHeld() ? PdtmStatus(PdtmOk) : load(); }
     /** The item of a code, null when there is none. */
     [[nodiscard]] const ItemDescription *item(const char *code);
     [[nodiscard]] const BoxState &state() const { return m_state; }
@@ -90,11 +93,13 @@ private:
     PdtmStatus commit();
     void undo(PdtmStatus reason);
     void riseCounter();
+    PdtmStatus writeWholeCard(CardId &card, const std::string &packed);
+    void skipUsedCard(CardId card, bool wasChosenHere);
     PdtmStatus storeCard(CardId card, Bytes packed);
     PdtmStatus writeOrdinaryCard(CardId card, Bytes packed);
     PdtmStatus removeStoredScratchCards();
     PdtmStatus storeScratchCards();
-    void flushMemory();
+    void flushMemory(bool synchronised);
     bool isInUse(CardId card, PdtmStatus &status);
     void setSchema(Schema schema);
 
@@ -105,11 +110,13 @@ private:
     BoxState m_state;
     uint64_t m_device = 0;
     uint64_t m_inode = 0;
+    bool m_isDeleted = false;
     FileLook m_restingBox;
     FileLook m_restingLog;
 
     CardCache m_cache;
     uint64_t m_cacheCounter = 0;
+    uint64_t m_schemaCounter = 0;
     std::string m_record;
     struct CodeSlot
     {
