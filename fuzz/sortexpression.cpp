@@ -2,6 +2,8 @@
 #include "fuzzsupport.h"
 #include "sortkey.h"
 
+#include <algorithm>
+
 using namespace pdtm;
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
@@ -14,7 +16,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (const SortKey &key : expression->keys())
         for (const uint8_t byte : key.bytes())
             written += static_cast<char>(byte);
-    require(written.size() <= size && std::memcmp(written.data(), data, written.size()) == 0);
+    require(written.size() <= size &&
+            std::equal(written.begin(), written.end(), reinterpret_cast<const char *>(data)));
 
     const RecordView hostile({data + written.size(), size - written.size()});
     const SortKeyMaker keys(*expression, schema, "ja");

@@ -94,6 +94,11 @@ bool awaitsSort(const IndexDefinition &definition)
 
 } // namespace
 
+bool Index::isOfOtherLanguage() const
+{
+    return m_definition.collator != 0 && m_definition.language != language();
+}
+
 PdtmStatus Index::load()
 {
     IndexFileReader reader;
@@ -111,8 +116,7 @@ PdtmStatus Index::load()
     if (!usable) {
         m_order = IndexOrder();
     }
-    const bool otherLanguage = m_definition.collator != 0 && m_definition.language != language();
-    m_counter = usable && !otherLanguage && !awaitsSort(m_definition) ? stored.counter : 0;
+    m_counter = usable && !isOfOtherLanguage() && !awaitsSort(m_definition) ? stored.counter : 0;
     if (parsedOrder(m_definition.order).keys().empty()) {
         m_order.setEmptyKeys();
     }

@@ -46,6 +46,9 @@ public:
         return !m_definition.filled || m_counter == counter;
     }
 
+    /** The keys are in text order, and of another language than today's. */
+    [[nodiscard]] bool isOfOtherLanguage() const;
+
     /** Reads the file. A damaged order is not an error: it is empty, and current for no counter. */
     PdtmStatus load();
     /** Writes what is in memory. */

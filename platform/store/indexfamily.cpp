@@ -78,6 +78,9 @@ template <typename Change> void apply(BoxFile &box, Change change)
 void review(Index &index, uint64_t counter)
 {
     index.unbind();
+    if (index.isOfOtherLanguage()) {
+        index.invalidate();
+    }
     const std::optional<FileStamp> stamp = stampOf(index.path());
     const bool keepsMemory = stamp && index.isDirty() && index.isCurrent(counter);
     if (!keepsMemory) {

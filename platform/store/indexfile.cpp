@@ -189,6 +189,13 @@ bool isDatabaseInUse(const std::string &realPath)
     return access((realPath + "-wal").c_str(), F_OK) == 0 || access((realPath + "-shm").c_str(), F_OK) == 0;
 }
 
+bool isCompanionOfBox(std::string_view path)
+{
+    constexpr std::string_view Endings[] = {"-wal", "-shm", "-lock", "-journal", ".new"};
+    return std::any_of(std::begin(Endings), std::end(Endings),
+                       [path](std::string_view ending) { return path.ends_with(ending); });
+}
+
 std::optional<FileStamp> stampOf(const std::string &realPath)
 {
     struct stat status = {};

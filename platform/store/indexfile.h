@@ -6,6 +6,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /**
@@ -122,6 +123,9 @@ PdtmStatus writeIndexFile(const std::string &realPath, const IndexDefinition &de
 /** True when SQLite may have the file open, here or elsewhere. Such a file must never be opened and closed as
  * a plain file: that drops the locks that SQLite holds on it in this process. */
 [[nodiscard]] bool isDatabaseInUse(const std::string &realPath);
+
+/** The name is that of a file beside a box, which is no index whatever it holds. */
+[[nodiscard]] bool isCompanionOfBox(std::string_view path);
 
 /** Status for an errno of an operation that writes. */
 [[nodiscard]] PdtmStatus statusOfWriteError(int error);

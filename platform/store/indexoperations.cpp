@@ -30,7 +30,7 @@ bool fileExists(const std::string &path)
 PdtmStatus newPath(const char *path, std::string &canonical)
 {
     const std::string real = path != nullptr ? realPath(path) : std::string();
-    if (real.empty()) {
+    if (real.empty() || isCompanionOfBox(real)) {
         return PdtmBadArgument;
     }
     canonical = indexPath(real);
@@ -179,7 +179,7 @@ bool isDatabase(const std::string &path)
 PdtmStatus deleteIndex(const char *path)
 {
     const std::string real = path != nullptr ? realPath(path) : std::string();
-    if (real.empty() || isDatabase(real)) {
+    if (real.empty() || isCompanionOfBox(real) || isDatabase(real)) {
         return PdtmBadArgument;
     }
     const int error = unlink(real.c_str()) == 0 ? 0 : errno;

@@ -21,12 +21,6 @@ bool isFixed(std::string_view path)
     return path.starts_with('/') || path.starts_with("F0:");
 }
 
-bool endsInAny(std::string_view name, std::initializer_list<std::string_view> endings)
-{
-    return std::any_of(endings.begin(), endings.end(),
-                       [name](std::string_view ending) { return name.ends_with(ending); });
-}
-
 std::string lowered(std::string_view text)
 {
     std::string out(text);
@@ -63,8 +57,7 @@ bool isNamedFor(std::string_view name, std::string_view boxName)
 /** Boxes and what belongs to them. Files of SQLite must not even be opened: see isDatabaseInUse(). */
 bool isNoIndexName(std::string_view name, std::string_view boxName)
 {
-    return name == boxName || endsInAny(name, {"-wal", "-shm", "-lock", "-journal", ".new"}) ||
-           lowered(extensionOf(name)) == "box";
+    return name == boxName || isCompanionOfBox(name) || lowered(extensionOf(name)) == "box";
 }
 
 bool isMember(const std::string &folder, const std::string &name, const std::string &boxName)

@@ -20,6 +20,11 @@ bool takeLength(Bytes &rest, uint64_t &length)
     return false;
 }
 
+void appendBytes(std::string &packed, Bytes bytes)
+{
+    packed.append(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+}
+
 void appendItem(std::string &packed, StorageId storage, Bytes value)
 {
     packed.push_back(static_cast<char>(storage));
@@ -27,7 +32,7 @@ void appendItem(std::string &packed, StorageId storage, Bytes value)
     for (; length >= 0x80; length >>= 7)
         packed.push_back(static_cast<char>(0x80 | (length & 0x7F)));
     packed.push_back(static_cast<char>(length));
-    packed.append(reinterpret_cast<const char *>(value.data()), value.size());
+    appendBytes(packed, value);
 }
 
 } // namespace
@@ -78,20 +83,21 @@ bool RecordView::isValid() const
 
 std::string withItem(RecordView record, StorageId storage, Bytes value)
 {
-    std::string packed;
-    packed.reserve(record.packed().size() + value.size() + 1 + MaximumLengthBytes);
-    bool placed = value.empty();
+    // What stands before and behind the place is copied as it is.
+    const uint8_t *start = record.packed().data();
+    size_t before = 0, behind = 0, end = 0;
     record.forEachItem([&](StorageId found, Bytes bytes) {
-        if (!placed && found >= storage) {
-            appendItem(packed, storage, value);
-            placed = true;
-        }
-        if (found != storage)
-            appendItem(packed, found, bytes);
+        end = static_cast<size_t>(bytes.data() + bytes.size() - start);
+        before = found < storage ? end : before;
+        behind = found <= storage ? end : behind;
         return true;
     });
-    if (!placed)
+    std::string packed;
+    packed.reserve(end + value.size() + 1 + MaximumLengthBytes);
+    appendBytes(packed, record.packed().first(before));
+    if (!value.empty())
         appendItem(packed, storage, value);
+    appendBytes(packed, record.packed().subspan(behind, end - behind));
     return packed;
 }
 

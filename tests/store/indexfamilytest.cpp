@@ -87,6 +87,9 @@ private slots:
     void indexDeletedByAnotherProcess();
     void readerBesideAWriter();
     void indexSortedByAnotherProcessWhileHeld();
+    void indexReplacedWhileTheBoxWasClosed();
+    void languageChangedWhileTheBoxWasClosed();
+    void indexReplacedBesideAReader();
     void otherHomeFolder();
     void boxThroughALink();
     void newBoxOfTheSameName();
@@ -242,6 +245,9 @@ void IndexFamilyTest::viewsKeepToTheirParents()
     // Filled with all cards the view has no parent any more.
     _IndexUnGroup(copy, box.handle());
     QCOMPARE(cardsOf(copy).size(), 5);
+    box.add("f", 3, {}, "Kobe");
+    QCOMPARE(cardsOf(copy).size(), 6);
+    QCOMPARE(cardsOf(filter), Cards{d});
 }
 
 void IndexFamilyTest::unwrittenChangesAreRebuilt()
@@ -454,6 +460,63 @@ void IndexFamilyTest::indexSortedByAnotherProcessWhileHeld()
     QCOMPARE(TestBox::info(index, InfoSortExpression), sortBy("NUMB", Ascending));
     box.open();
     QCOMPARE(cardsOf(index).mid(0, 3), (Cards{c, b, a}));
+}
+
+void IndexFamilyTest::indexReplacedWhileTheBoxWasClosed()
+{
+    TestBox box;
+    const uint16_t a = box.add("a", 2);
+    const uint16_t b = box.add("b", 1);
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const QByteArray second = box.sorted("SECOND.IDX", sortBy("NAME", Ascending));
+    const QByteArray third = box.sorted("THIRD.IDX", sortBy("NAME", Ascending));
+    box.close();
+    QCOMPARE(inOtherProcess({"delete", second}), 0);
+    QCOMPARE(inOtherProcess({"sort", box.path(), master, second}), 0);
+    QCOMPARE(inOtherProcess({"delete", third}), 0);
+    box.open();
+    QCOMPARE(cardsOf(second), (Cards{b, a})); // though the box has not changed
+    uint16_t number = 0;
+    QCOMPARE(_NextIndexNo(third, 0, 0, 0, &number), PdtmStatus(PdtmMissing));
+    QCOMPARE(cardsOf(master), (Cards{a, b}));
+}
+
+void IndexFamilyTest::languageChangedWhileTheBoxWasClosed()
+{
+    TestBox box;
+    box.add("a");
+    const QByteArray byText = box.sorted("KYTEST.IDX", sortBy("NAME", TextAscending));
+    const QByteArray byNumber = box.sorted("SECOND.IDX", sortBy("NUMB", Ascending));
+    box.close();
+    DtmSetLanguage("sv");
+    QCOMPARE(check(byText), PdtmStatus(PdtmOtherLanguage));
+    QCOMPARE(check(byNumber), PdtmStatus(PdtmOtherLanguage));
+    box.open();
+    const uint16_t o = box.add("\xC3\xB6");
+    const uint16_t z = box.add("z");
+    QCOMPARE(cardsOf(byText).mid(1), (Cards{z, o})); // as Swedish has it
+    box.close();
+    DtmSetLanguage("ja");
+    box.open();
+    QCOMPARE(cardsOf(byText).mid(1), (Cards{o, z}));
+    QCOMPARE(check(byText), PdtmStatus(PdtmOk));
+}
+
+void IndexFamilyTest::indexReplacedBesideAReader()
+{
+    TestBox box;
+    const uint16_t a = box.add("a", 2);
+    const uint16_t b = box.add("b", 1);
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const QByteArray second = box.sorted("SECOND.IDX", sortBy("NAME", Ascending));
+    box.close();
+    QVERIFY(box.open(1));
+    QCOMPARE(cardsOf(second), (Cards{a, b}));
+    QCOMPARE(inOtherProcess({"delete", second}), 0);
+    QCOMPARE(inOtherProcess({"sort", box.path(), master, second}), 0);
+    QCOMPARE(cardsOf(second), (Cards{b, a}));
+    QCOMPARE(inOtherProcess({"edit", box.path(), QByteArray::number(a), "c"}), 0);
+    QCOMPARE(cardsOf(master), (Cards{b, a}));
 }
 
 void IndexFamilyTest::otherHomeFolder()

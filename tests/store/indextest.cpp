@@ -94,6 +94,9 @@ void IndexTest::deleteNeverTakesABox()
 {
     TestBox box;
     QCOMPARE(_IndexDelete(box.path()), PdtmStatus(PdtmBadArgument));
+    QCOMPARE(_IndexDelete(box.path() + "-wal"), PdtmStatus(PdtmBadArgument));
+    QCOMPARE(_IndexDelete(box.path() + "-lock"), PdtmStatus(PdtmBadArgument));
+    QCOMPARE(_IndexCreate(box.path() + "-journal", 17), PdtmStatus(PdtmBadArgument));
     box.close();
     QCOMPARE(_IndexDelete(box.path()), PdtmStatus(PdtmBadArgument));
     QVERIFY(QFile::exists(TestBox::file(box.path())));
