@@ -153,7 +153,8 @@ void KyPDataManager::systemMessage(const QByteArray &message, const QByteArray &
     else if (!isClose && d->waitingOpenAgain && (isForAll || !d->closedForAll)) {
         d->waitingOpenAgain = false;
         d->closedForAll = false;
-        openInMode();
+        if (!isOpened()) // else it could not let go
+            openInMode();
     }
 }
 

@@ -27,14 +27,14 @@ bool isAbsent(const KyPDataManager &manager, unsigned long card)
 
 extern "C" {
 
-int fsync(int descriptor)
+Q_DECL_EXPORT int fsync(int descriptor)
 {
     static const auto next = nextDefinition<int(int)>("fsync");
     ++synchronisations;
     return next(descriptor);
 }
 
-int fdatasync(int descriptor)
+Q_DECL_EXPORT int fdatasync(int descriptor)
 {
     static const auto next = nextDefinition<int(int)>("fdatasync");
     ++synchronisations;
