@@ -11,12 +11,7 @@ QByteArray refusedItem;      ///< _CardWrite fails for it
 PdtmStatus commitStatus = 0; ///< of _CardCopy from the work card, when it isn't 0
 QList<quint16> deletedCards;
 
-QByteArray longAgo()
-{
-    PTimeValue value = {};
-    KyPDataManager::createPTime(&value, 2001, 1, 1, 1, 1, 1);
-    return QByteArray(reinterpret_cast<const char *>(value.bytes), sizeof value.bytes);
-}
+const QByteArray longAgo = ptime(2001, 1, 1, 1, 1, 1);
 
 bool isAbsent(const KyPDataManager &manager, unsigned long card)
 {
@@ -168,14 +163,14 @@ void EditTest::changedCardGetsItsTimeOfChange()
     const TestBox box;
     KyPDataManager manager(box.path().constData(), nullptr, false);
     unsigned long card = addCard(manager, QStringLiteral("a"));
-    QVERIFY(storeBytes(manager, card, "MDTM", longAgo()));
-    QVERIFY(storeBytes(manager, card, "CTTM", longAgo()));
+    QVERIFY(storeBytes(manager, card, "MDTM", longAgo));
+    QVERIFY(storeBytes(manager, card, "CTTM", longAgo));
     const QByteArray syncId = storedBytes(manager, card, "SYID");
     QVERIFY(manager.startEditCard(card));
     QVERIFY(manager.writeItem("TITL", "b"));
     QVERIFY(manager.finishEditCard(&card));
-    QVERIFY(storedBytes(manager, card, "MDTM") != longAgo());
-    QCOMPARE(storedBytes(manager, card, "CTTM"), longAgo());
+    QVERIFY(storedBytes(manager, card, "MDTM") != longAgo);
+    QCOMPARE(storedBytes(manager, card, "CTTM"), longAgo);
     QCOMPARE(storedBytes(manager, card, "SYID"), syncId);
     QCOMPARE(manager.readItem("TITL", card), QStringLiteral("b"));
 }
@@ -185,11 +180,11 @@ void EditTest::attributeAloneIsNoChange()
     const TestBox box;
     KyPDataManager manager(box.path().constData(), nullptr, false);
     unsigned long card = addCard(manager, QStringLiteral("a"));
-    QVERIFY(storeBytes(manager, card, "MDTM", longAgo()));
+    QVERIFY(storeBytes(manager, card, "MDTM", longAgo));
     QVERIFY(manager.startEditCard(card));
     QVERIFY(manager.writeItem("ATTR", static_cast<unsigned char>(0x02)));
     QVERIFY(manager.finishEditCard(&card));
-    QCOMPARE(storedBytes(manager, card, "MDTM"), longAgo());
+    QCOMPARE(storedBytes(manager, card, "MDTM"), longAgo);
     QCOMPARE(storedBytes(manager, card, "ATTR"), "\x02");
 }
 
@@ -198,10 +193,10 @@ void EditTest::editWithNoWriteIsNoChange()
     const TestBox box;
     KyPDataManager manager(box.path().constData(), nullptr, false);
     unsigned long card = addCard(manager, QStringLiteral("a"));
-    QVERIFY(storeBytes(manager, card, "MDTM", longAgo()));
+    QVERIFY(storeBytes(manager, card, "MDTM", longAgo));
     QVERIFY(manager.startEditCard(card));
     QVERIFY(manager.finishEditCard(&card));
-    QCOMPARE(storedBytes(manager, card, "MDTM"), longAgo());
+    QCOMPARE(storedBytes(manager, card, "MDTM"), longAgo);
 }
 
 void EditTest::editedCardToANewPlace()
@@ -214,7 +209,7 @@ void EditTest::editedCardToANewPlace()
     QVERIFY(manager.finishEditCard(&seventh));
     QCOMPARE(seventh, 7UL);
     for (const char *code : {"CTTM", "MDTM"})
-        QVERIFY(storeBytes(manager, 7, code, longAgo()));
+        QVERIFY(storeBytes(manager, 7, code, longAgo));
     const QByteArray syncId = storedBytes(manager, 7, "SYID");
 
     unsigned long card = 0;
@@ -224,12 +219,12 @@ void EditTest::editedCardToANewPlace()
     QVERIFY(card != 0 && card != 7);
     QCOMPARE(manager.readItem("TITL", card), QStringLiteral("seven"));
     QCOMPARE(manager.readUcharItem("NUMB", card), 9);
-    QVERIFY(storedBytes(manager, card, "CTTM") != longAgo());
+    QVERIFY(storedBytes(manager, card, "CTTM") != longAgo);
     QVERIFY(storedBytes(manager, card, "SYID") != syncId);
     QCOMPARE(manager.readItem("TITL", 7), QStringLiteral("seven"));
     QCOMPARE(manager.readUcharItem("NUMB", 7), -1);
-    QCOMPARE(storedBytes(manager, 7, "CTTM"), longAgo());
-    QCOMPARE(storedBytes(manager, 7, "MDTM"), longAgo());
+    QCOMPARE(storedBytes(manager, 7, "CTTM"), longAgo);
+    QCOMPARE(storedBytes(manager, 7, "MDTM"), longAgo);
     QCOMPARE(storedBytes(manager, 7, "SYID"), syncId);
 }
 
