@@ -112,8 +112,8 @@ struct Expression
 class IndexMaker
 {
 public:
-    IndexMaker(const char *indexFile, Expression search, Expression sort)
-        : m_index(indexFile), m_search(search), m_sort(sort)
+    IndexMaker(const char *indexFile, const char *parentIndex, Expression search, Expression sort)
+        : m_index(indexFile), m_parent(parentIndex), m_search(search), m_sort(sort)
     {
     }
 
@@ -147,25 +147,52 @@ public:
         case PdtmOk:
             return ToBeMade;
         case PdtmExists:
-            return hasSameExpressions() ? Fit : ToBeMade;
+            return hasSameExpressions() ? Fit : overwrite();
         default:
             return Failed;
         }
     }
 
-    [[nodiscard]] bool make(const char *boxFile, const char *parentIndex) const
+    [[nodiscard]] bool make(const char *boxFile) const
     {
         if (!writeBoxName(boxFile))
             return false;
         const OpenBox box(boxFile);
-        return fill(parentIndex, box.handle()) && sort(box.handle());
+        return fill(box.handle()) && sort(box.handle());
     }
 
 private:
     [[nodiscard]] bool hasSameExpressions() const
     {
-        return isSortExprsSame(m_index, m_sort.bytes, m_sort.length) &&
-               isSearchExprsSame(m_index, m_search.bytes, m_search.length);
+        return isFinished() && hasSameOrder() && isSearchExprsSame(m_index, m_search.bytes, m_search.length);
+    }
+
+    /** Every filled index has a sort expression, if an empty one. One without was left by a killed process.
+     */
+    [[nodiscard]] bool isFinished() const
+    {
+        char expression[PdtmInfoRoom];
+        uint16_t size = sizeof expression;
+        return _IndexInfoRead(m_index, InfoSortExpression, expression, &size) == PdtmOk;
+    }
+
+    [[nodiscard]] bool hasSameOrder() const
+    {
+        char inherited[PdtmInfoRoom];
+        uint16_t size = sizeof inherited;
+        // A subset with no order of its own has taken over its parent's.
+        if (m_sort.length == 0 && m_search.length != 0 &&
+            _IndexInfoRead(m_parent, InfoSortExpression, inherited, &size) == PdtmOk)
+            return isSortExprsSame(m_index, inherited, size);
+        return isSortExprsSame(m_index, m_sort.bytes, m_sort.length);
+    }
+
+    /** Makes an existing index anew, so that none of its former expressions stays behind. */
+    [[nodiscard]] Finding overwrite() const
+    {
+        _IndexDelete(m_index);
+        const PdtmStatus status = _IndexCreate(m_index, KindFromDescription);
+        return status == PdtmOk || status == PdtmExists ? ToBeMade : Failed;
     }
 
     [[nodiscard]] bool writeBoxName(const char *boxFile) const
@@ -192,13 +219,13 @@ private:
         return status == PdtmOk || status == PdtmNone;
     }
 
-    [[nodiscard]] bool fill(const char *parentIndex, uint32_t box) const
+    [[nodiscard]] bool fill(uint32_t box) const
     {
         if (m_search.length == 0)
             return isFilled(_IndexUnGroup(m_index, box));
         constexpr char isSubset = 1;
         return writeExpression(InfoSearchExpression, m_search) && writeInfo(InfoSubset, &isSubset, 1) &&
-               isFilled(_IndexGroup(parentIndex, m_index, box));
+               isFilled(_IndexGroup(m_parent, m_index, box));
     }
 
     [[nodiscard]] bool isFilled(PdtmStatus status) const
@@ -230,6 +257,7 @@ private:
     }
 
     const char *const m_index;
+    const char *const m_parent;
     const Expression m_search;
     const Expression m_sort;
 };
@@ -270,11 +298,11 @@ int createBoxFile(const char *boxFile, unsigned long appId, ITEMDATA *items, int
 int createMIdxFile(const char *indexFile, const char *boxFile, const char *searchExp, int searchLength,
                    const char *sortExp, int sortLength, bool noCheck, const char *parentIndex)
 {
-    const IndexMaker index(indexFile, {searchExp, searchLength}, {sortExp, sortLength});
+    const IndexMaker index(indexFile, parentIndex, {searchExp, searchLength}, {sortExp, sortLength});
     IndexMaker::Finding finding = noCheck ? IndexMaker::ToBeMade : index.examine();
     if (finding == IndexMaker::ToBeMade)
         finding = index.create();
-    if (finding == IndexMaker::Fit || (finding == IndexMaker::ToBeMade && index.make(boxFile, parentIndex)))
+    if (finding == IndexMaker::Fit || (finding == IndexMaker::ToBeMade && index.make(boxFile)))
         return 0;
     _IndexDelete(indexFile);
     return 1;

@@ -84,6 +84,16 @@ std::optional<IndexOrder> buildOrder(BoxFile &box, const IndexDefinition &defini
     return complete ? std::optional(builder.finish()) : std::nullopt;
 }
 
+namespace {
+
+/** The sort expression was written, but the process ended before it put the cards in that order. */
+bool awaitsSort(const IndexDefinition &definition)
+{
+    return definition.filled && definition.sortExpression && *definition.sortExpression != definition.order;
+}
+
+} // namespace
+
 PdtmStatus Index::load()
 {
     IndexFileReader reader;
@@ -102,7 +112,7 @@ PdtmStatus Index::load()
         m_order = IndexOrder();
     }
     const bool otherLanguage = m_definition.collator != 0 && m_definition.language != language();
-    m_counter = usable && !otherLanguage ? stored.counter : 0;
+    m_counter = usable && !otherLanguage && !awaitsSort(m_definition) ? stored.counter : 0;
     if (parsedOrder(m_definition.order).keys().empty()) {
         m_order.setEmptyKeys();
     }

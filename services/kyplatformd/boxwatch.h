@@ -1,0 +1,42 @@
+#ifndef BOXWATCH_H
+#define BOXWATCH_H
+
+#include "qcopchannel.h"
+#include <QElapsedTimer>
+#include <QHash>
+#include <QSet>
+#include <QTimer>
+
+/**
+ * Mends what a killed process leaves behind in the close protocol. A process that was asked by `closeFile` to
+ * let go of a box waits for an `openFile`; one that is killed never sends it. So when the lock of a box that
+ * was asked for stays free for 300 ms, the watch sends `openFile` for it, and after a close for all boxes
+ * whose sender has died, an `openFile` with an empty path.
+ */
+class BoxWatch : public QObject
+{
+    Q_OBJECT
+public:
+    static constexpr int FreeTime = 300; // ms
+
+    explicit BoxWatch(QObject *parent = nullptr);
+
+    /** Where the lock of a box lies; "F0:" stands for the folder of the internal boxes. */
+    [[nodiscard]] static QString lockFile(const QString &box);
+
+private:
+    void handleMessage(const QByteArray &message, const QByteArray &data);
+    void closeAsked(const QString &box);
+    void openSent(const QString &box);
+    void check();
+    void checkBoxes();
+    void checkClosersOfAll();
+    void setPace();
+
+    QCopChannel m_channel;
+    QTimer m_timer;
+    QHash<QString, QElapsedTimer> m_boxes; ///< boxes asked for; the clock runs while the lock is free
+    QSet<QByteArray> m_closersOfAll;       ///< processes that asked for all boxes
+};
+
+#endif

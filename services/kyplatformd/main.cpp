@@ -1,0 +1,92 @@
+// kyplatformd stands in for the device's other processes, one a session and HOME.
+
+#include "boxwatch.h"
+#include "devicetree.h"
+#include "sessionbus.h"
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
+#include <memory>
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QSocketNotifier>
+#include <QStandardPaths>
+#include <unistd.h>
+
+namespace {
+
+int signalPipe[2]; // from the signal handler to the event loop
+
+void noteSignal(int)
+{
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t written = ::write(signalPipe[1], &byte, 1);
+}
+
+/** Makes SIGTERM, SIGINT and SIGHUP end the event loop. */
+bool quitOnSignals(QSocketNotifier &notifier)
+{
+    QObject::connect(&notifier, &QSocketNotifier::activated, qApp, &QCoreApplication::quit);
+    struct sigaction action
+    {
+    };
+    action.sa_handler = noteSignal;
+    action.sa_flags = SA_RESTART;
+    return ::sigaction(SIGTERM, &action, nullptr) == 0 && ::sigaction(SIGINT, &action, nullptr) == 0 &&
+           ::sigaction(SIGHUP, &action, nullptr) == 0;
+}
+
+int fail(const char *reason)
+{
+    std::fprintf(stderr, "kyplatformd: %s\n", reason);
+    return 1;
+}
+
+/** The device tree of this profile; null on a device, whose root is the machine's own. */
+std::unique_ptr<DeviceTree> makeTree()
+{
+    const QString root = qEnvironmentVariable("KY_DEVICE_ROOT");
+    if (root.isEmpty() || QDir(root).isRoot())
+        return nullptr;
+    const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    return std::make_unique<DeviceTree>(root, runtime + "/ky-" + SessionBus::profile() + "/proc");
+}
+
+void readOptions(const QCoreApplication &application)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "Stands in for the device's other processes: keeps the files of the device "
+        "root and watches over lent boxes.");
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.process(application);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName("kyplatformd");
+    QCoreApplication::setApplicationVersion(KY_VERSION);
+    readOptions(application);
+    if (::pipe2(signalPipe, O_CLOEXEC | O_NONBLOCK) != 0)
+        return fail("no pipe");
+    QSocketNotifier signalNotifier(signalPipe[0], QSocketNotifier::Read);
+    if (!quitOnSignals(signalNotifier))
+        return fail("cannot handle signals");
+
+    if (!SessionBus::isAvailable())
+        return fail("there is no session bus");
+    if (!SessionBus::requestName(SessionBus::serviceName("service"), false))
+        return fail("already running for this HOME");
+    QFile::remove(QDir::homePath() + "/.cateditting");
+    const std::unique_ptr<DeviceTree> tree = makeTree();
+    if (tree && !tree->create())
+        return 1;
+    const BoxWatch watch;
+    SessionBus::requestName(SessionBus::serviceName("platform"), false); // tells that all is ready
+    return QCoreApplication::exec();
+}

@@ -1,0 +1,363 @@
+#include "qpeapplication.h"
+#include "childprocess.h"
+#include "currentdpi.h"
+#include "qcopchannel.h"
+#include "qcopenvelope.h"
+#include "sessionbus.h"
+#include <QtTest>
+
+namespace {
+
+/** NAME: says how long the start took, its name, and each message and signal that comes. */
+int childMain(int argc, char **argv)
+{
+    const QByteArray name = argc > 2 ? argv[2] : "";
+    QElapsedTimer clock;
+    clock.start();
+    QPEApplication application(argc, argv, name);
+    ChildProcess::say(QByteArray::number(clock.elapsed()));
+    ChildProcess::say(application.name() + ' ' + application.objectName().toUtf8() + ' ' +
+                      qgetenv("QT_ENABLE_HIGHDPI_SCALING"));
+    QObject::connect(&application, &QPEApplication::appMessage,
+                     [](const QByteArray &message, const QByteArray &data) {
+                         ChildProcess::say(message + ' ' + data.toHex());
+                     });
+    QObject::connect(&application, &QPEApplication::volumeChanged,
+                     [](bool muted) { ChildProcess::say(muted ? "muted" : "loud"); });
+    QObject::connect(&application, &QPEApplication::clockChanged,
+                     [](bool ampm) { ChildProcess::say(ampm ? "12 hours" : "24 hours"); });
+    ChildInput input([&](const QByteArray &line) {
+        application.setName(line);
+        ChildProcess::say("renamed " + application.name());
+    });
+    return application.exec();
+}
+
+/** Keeps the mouse events that reach a widget, as text such as "press left 5,5". */
+class Pad : public QWidget
+{
+public:
+    QStringList events;
+
+protected:
+    void mousePressEvent(QMouseEvent *event) override { note("press", event); }
+    void mouseReleaseEvent(QMouseEvent *event) override { note("release", event); }
+    void mouseMoveEvent(QMouseEvent *event) override { note("move", event); }
+
+private:
+    void note(const char *what, const QMouseEvent *event)
+    {
+        const char *button = event->button() == Qt::LeftButton    ? "left"
+                             : event->button() == Qt::RightButton ? "right"
+                                                                  : "none";
+        const QPoint at = event->position().toPoint();
+        events.append(QString("%1 %2 %3,%4").arg(what, button).arg(at.x()).arg(at.y()));
+    }
+};
+
+/** A mouse move with the left button held, which QTest doesn't give. */
+void drag(QWidget *widget, const QPoint &position)
+{
+    QMouseEvent event(QEvent::MouseMove, position, widget->mapToGlobal(position), Qt::NoButton,
+                      Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(widget, &event);
+}
+
+} // namespace
+
+class QPEApplicationTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void nameIsThatOfTheProgram();
+    void nameCanBeGiven();
+    void scalingIsOff();
+    void hearsItsOwnChannel();
+    void renamingMovesTheChannel();
+    void tellsOfVolumeAndClock();
+    void nameOfAnyApplication();
+    void doesNotWaitForForeignTree();
+    void waitsAtMostTwoSeconds();
+    void waitEndsWhenThePlatformIsReady();
+    void doesNotWaitWithoutBus();
+    void documentDirIsMade();
+    void qpeDirEndsInSlash_data();
+    void qpeDirEndsInSlash();
+    void dpi_data();
+    void dpi();
+    void holdGivesRightPress();
+    void shortPressStaysLeft();
+    void movingPreventsHold_data();
+    void movingPreventsHold();
+    void holdUsesViewportOfScrollArea();
+    void leftOnlyTakesHoldAway();
+    void widgetMayDieOnRightPress();
+};
+
+void QPEApplicationTest::nameIsThatOfTheProgram()
+{
+    ChildProcess child({});
+    QVERIFY(!child.readLine().isNull());
+    const QByteArray program = QFileInfo(QCoreApplication::applicationFilePath()).fileName().toUtf8();
+    QCOMPARE(child.readLine(), program + ' ' + program + " 0");
+}
+
+void QPEApplicationTest::nameCanBeGiven()
+{
+    ChildProcess child({"addressbook"});
+    QVERIFY(!child.readLine().isNull());
+    QCOMPARE(child.readLine(), QByteArray("addressbook addressbook 0"));
+}
+
+void QPEApplicationTest::scalingIsOff()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("QT_ENABLE_HIGHDPI_SCALING", "1");
+    ChildProcess child({"x"}, environment);
+    QVERIFY(!child.readLine().isNull());
+    QCOMPARE(child.readLine(), QByteArray("x x 0"));
+}
+
+void QPEApplicationTest::hearsItsOwnChannel()
+{
+    ChildProcess child({"datebook"});
+    child.readLine();
+    QVERIFY(!child.readLine().isNull());
+    QVERIFY(QCopChannel::isRegistered("QPE/Application/datebook"));
+    QCopChannel::send("QPE/Application/other", "no()");
+    QCopChannel::send("QPE/Application/datebook", "alarm(QDateTime,int)", QByteArray("\0\x01", 2));
+    QCOMPARE(child.readLine(), QByteArray("alarm(QDateTime,int) 0001"));
+}
+
+void QPEApplicationTest::renamingMovesTheChannel()
+{
+    ChildProcess child({"before"});
+    child.readLine();
+    child.readLine();
+    child.write("after");
+    QCOMPARE(child.readLine(), QByteArray("renamed after"));
+    QVERIFY(!QCopChannel::isRegistered("QPE/Application/before"));
+    QVERIFY(QCopChannel::isRegistered("QPE/Application/after"));
+    QCopChannel::send("QPE/Application/before", "old()");
+    QCopChannel::send("QPE/Application/after", "new()");
+    QCOMPARE(child.readLine(), QByteArray("new() "));
+    child.write("");
+    QCOMPARE(child.readLine(), QByteArray("renamed after"));
+}
+
+void QPEApplicationTest::tellsOfVolumeAndClock()
+{
+    ChildProcess child({"listener"});
+    child.readLine();
+    QVERIFY(!child.readLine().isNull());
+    for (const int flag : {1, 0}) {
+        QCopEnvelope("QPE/System", "volumeChange(bool)") << qint32(flag);
+        QCOMPARE(child.readLine(), QByteArray(flag ? "muted" : "loud"));
+        QCopEnvelope("QPE/System", "clockChange(bool)") << bool(flag);
+        QCOMPARE(child.readLine(), QByteArray(flag ? "12 hours" : "24 hours"));
+    }
+}
+
+void QPEApplicationTest::nameOfAnyApplication()
+{
+    const QString given = qApp->objectName();
+    qApp->setObjectName(QString());
+    QCOMPARE(QPEApplication::applicationNameOf(qApp), qApp->applicationName());
+    qApp->setObjectName("memo");
+    QCOMPARE(QPEApplication::applicationNameOf(qApp), QString("memo"));
+    qApp->setObjectName(given);
+}
+
+/** An environment whose device root has no files of its own. */
+QProcessEnvironment keptTree(const QString &root)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("KY_DEVICE_ROOT", root);
+    return environment;
+}
+
+void QPEApplicationTest::doesNotWaitForForeignTree()
+{
+    ChildProcess child({"x"});
+    QVERIFY(child.readLine().toInt() < 1500);
+}
+
+void QPEApplicationTest::waitsAtMostTwoSeconds()
+{
+    QTemporaryDir root;
+    ChildProcess child({"x"}, keptTree(root.path()));
+    const int waited = child.readLine().toInt();
+    QVERIFY2(waited >= 2000 && waited < 4000, QByteArray::number(waited));
+}
+
+void QPEApplicationTest::waitEndsWhenThePlatformIsReady()
+{
+    QTemporaryDir root;
+    ChildProcess child({"x"}, keptTree(root.path()));
+    QTest::qWait(500);
+    QVERIFY(SessionBus::requestName(SessionBus::serviceName("platform"), false));
+    const int waited = child.readLine().toInt();
+    SessionBus::releaseName(SessionBus::serviceName("platform"));
+    QVERIFY2(waited < 1900, QByteArray::number(waited));
+}
+
+void QPEApplicationTest::doesNotWaitWithoutBus()
+{
+    QTemporaryDir root;
+    QProcessEnvironment environment = keptTree(root.path());
+    environment.remove("DBUS_SESSION_BUS_ADDRESS");
+    ChildProcess child({"x"}, environment);
+    QVERIFY(child.readLine().toInt() < 1500);
+}
+
+void QPEApplicationTest::documentDirIsMade()
+{
+    const QString folder = QDir::homePath() + "/Documents/";
+    QVERIFY(!QFileInfo::exists(folder));
+    QCOMPARE(QPEApplication::documentDir(), folder);
+    QVERIFY(QFileInfo(folder).isDir());
+}
+
+void QPEApplicationTest::qpeDirEndsInSlash_data()
+{
+    QTest::addColumn<QByteArray>("value");
+    QTest::addColumn<QString>("folder");
+    QTest::newRow("without slash") << QByteArray("/opt/qpe") << "/opt/qpe/";
+    QTest::newRow("with slash") << QByteArray("/opt/qpe/") << "/opt/qpe/";
+    QTest::newRow("root") << QByteArray("/") << "/";
+    QTest::newRow("empty") << QByteArray("") << "/home/QtPalmtop/";
+}
+
+void QPEApplicationTest::qpeDirEndsInSlash()
+{
+    QFETCH(QByteArray, value);
+    const QByteArray before = qgetenv("QPEDIR");
+    qputenv("QPEDIR", value);
+    const QString folder = QPEApplication::qpeDir();
+    qputenv("QPEDIR", before);
+    QTEST(folder, "folder");
+}
+
+void QPEApplicationTest::dpi_data()
+{
+    QTest::addColumn<QByteArray>("value");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("unset") << QByteArray() << 72;
+    QTest::newRow("empty") << QByteArray("") << 72;
+    QTest::newRow("lowest") << QByteArray("72") << 72;
+    QTest::newRow("below") << QByteArray("71") << 72;
+    QTest::newRow("double") << QByteArray("144") << 144;
+    QTest::newRow("highest") << QByteArray("576") << 576;
+    QTest::newRow("above") << QByteArray("577") << 72;
+    QTest::newRow("negative") << QByteArray("-144") << 72;
+    QTest::newRow("text") << QByteArray("high") << 72;
+}
+
+void QPEApplicationTest::dpi()
+{
+    QFETCH(QByteArray, value);
+    const QByteArray before = qgetenv("KY_DPI");
+    if (value.isNull())
+        qunsetenv("KY_DPI");
+    else
+        qputenv("KY_DPI", value);
+    const int actual = qt_currentDpi();
+    qputenv("KY_DPI", before);
+    QTEST(actual, "expected");
+}
+
+void QPEApplicationTest::holdGivesRightPress()
+{
+    Pad pad;
+    QPEApplication::setStylusOperation(&pad, QPEApplication::RightOnHold);
+    QTest::mousePress(&pad, Qt::LeftButton, {}, {5, 5});
+    QCOMPARE(pad.events, QStringList{"press left 5,5"});
+    QTest::qWait(400);
+    QCOMPARE(pad.events.size(), 1);
+    QTRY_COMPARE(pad.events, (QStringList{"press left 5,5", "press right 5,5"}));
+    drag(&pad, {40, 40});
+    QTest::mouseRelease(&pad, Qt::LeftButton, {}, {7, 6});
+    QCOMPARE(pad.events, (QStringList{"press left 5,5", "press right 5,5", "release right 7,6"}));
+    QTest::mouseClick(&pad, Qt::LeftButton, {}, {9, 9});
+    QCOMPARE(pad.events.mid(3), (QStringList{"press left 9,9", "release left 9,9"}));
+}
+
+void QPEApplicationTest::shortPressStaysLeft()
+{
+    Pad pad;
+    QPEApplication::setStylusOperation(&pad, QPEApplication::RightOnHold);
+    QTest::mouseClick(&pad, Qt::LeftButton, {}, {5, 5});
+    QTest::mousePress(&pad, Qt::RightButton, {}, {6, 6});
+    QTest::qWait(700);
+    QCOMPARE(pad.events, (QStringList{"press left 5,5", "release left 5,5", "press right 6,6"}));
+}
+
+void QPEApplicationTest::movingPreventsHold_data()
+{
+    QTest::addColumn<int>("distance");
+    QTest::addColumn<bool>("held");
+    QTest::newRow("a trembling hand") << 6 << true;
+    QTest::newRow("a stroke") << 7 << false;
+}
+
+void QPEApplicationTest::movingPreventsHold()
+{
+    QFETCH(int, distance);
+    Pad pad;
+    QPEApplication::setStylusOperation(&pad, QPEApplication::RightOnHold);
+    QTest::mousePress(&pad, Qt::LeftButton, {}, {5, 5});
+    drag(&pad, {5 + distance, 5});
+    QTest::qWait(700);
+    QTEST(pad.events.contains("press right 5,5"), "held");
+}
+
+void QPEApplicationTest::holdUsesViewportOfScrollArea()
+{
+    QListWidget list;
+    list.addItem("one");
+    list.show();
+    QSignalSpy clicked(&list, &QListWidget::itemClicked), pressed(&list, &QListWidget::itemPressed);
+    QPEApplication::setStylusOperation(&list, QPEApplication::RightOnHold);
+    QCOMPARE(QPEApplication::stylusOperation(&list), QPEApplication::RightOnHold);
+    QCOMPARE(QPEApplication::stylusOperation(list.viewport()), QPEApplication::RightOnHold);
+    const QPoint row = list.visualItemRect(list.item(0)).center();
+    QTest::mousePress(list.viewport(), Qt::LeftButton, {}, row);
+    QTRY_COMPARE(pressed.size(), 2); // by the left and by the right button
+    QTest::mouseRelease(list.viewport(), Qt::LeftButton, {}, row);
+    QCOMPARE(clicked.size(), 0);
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, row);
+    QCOMPARE(clicked.size(), 1);
+}
+
+void QPEApplicationTest::leftOnlyTakesHoldAway()
+{
+    Pad pad;
+    QCOMPARE(QPEApplication::stylusOperation(&pad), QPEApplication::LeftOnly);
+    QPEApplication::setStylusOperation(&pad, QPEApplication::RightOnHold);
+    QPEApplication::setStylusOperation(&pad, QPEApplication::RightOnHold);
+    QPEApplication::setStylusOperation(&pad, QPEApplication::LeftOnly);
+    QCOMPARE(QPEApplication::stylusOperation(&pad), QPEApplication::LeftOnly);
+    QTest::mousePress(&pad, Qt::LeftButton, {}, {5, 5});
+    QTest::qWait(700);
+    QCOMPARE(pad.events, QStringList{"press left 5,5"});
+}
+
+void QPEApplicationTest::widgetMayDieOnRightPress()
+{
+    class Mortal : public QWidget
+    {
+    protected:
+        void mousePressEvent(QMouseEvent *event) override
+        {
+            if (event->button() == Qt::RightButton)
+                delete this;
+        }
+    };
+    QPointer<QWidget> mortal = new Mortal;
+    QPEApplication::setStylusOperation(mortal, QPEApplication::RightOnHold);
+    QTest::mousePress(mortal, Qt::LeftButton, {}, {5, 5});
+    QTRY_VERIFY(mortal.isNull());
+}
+
+KY_TEST_MAIN_WITH_CHILD(QPEApplicationTest, childMain)
+#include "qpeapplicationtest.moc"
