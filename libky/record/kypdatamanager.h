@@ -244,6 +244,16 @@ public:
     bool finishEditCard(unsigned long *card);
     /** Ends the edit, if there is one, and throws its changes away. Always true. */
     bool cancelEditCard();
+
+    /**
+     * Begins an action: all edits and deletions up to the matching endAction() become one transaction with one
+     * synchronisation to the disk, and the box is compacted only behind it. Nestable. The application must not
+     * return to its event loop in between: a box that is lent meanwhile takes nothing of the action along.
+     * @return false while the box is closed or read-only
+     */
+    bool beginAction();
+    /** Ends an action. The outermost end commits. @return false when nothing of the action has happened */
+    bool endAction();
     /** @} */
 
     /** @name Deleting

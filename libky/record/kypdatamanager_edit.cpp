@@ -114,4 +114,25 @@ bool KyPDataManager::deleteCard(unsigned long *card, DeleteMode mode)
     return true;
 }
 
+bool KyPDataManager::beginAction()
+{
+    if (DtmBeginAction(d->boxHandle) != PdtmOk)
+        return false;
+    ++d->openActions;
+    return true;
+}
+
+bool KyPDataManager::endAction()
+{
+    if (d->openActions == 0)
+        return false;
+    --d->openActions;
+    d->lastError = DtmEndAction(d->boxHandle);
+    if (d->lastError != PdtmOk)
+        return false;
+    if (d->openActions == 0 && d->collectionDue)
+        d->collectGarbage();
+    return true;
+}
+
 } // namespace KyPDtm

@@ -29,6 +29,9 @@ quint32 KyPDataManagerPrivate::garbage() const
 
 void KyPDataManagerPrivate::collectGarbage()
 {
+    collectionDue = openActions > 0;
+    if (collectionDue)
+        return;
     const quint32 present = garbage();
     const bool hasGrown = present > garbageAtStart && present - garbageAtStart >= GrowthLimit;
     if (!IsBigGarbage(present) && !hasGrown)

@@ -75,6 +75,8 @@ public:
     bool waitingOpenAgain; ///< another process made this manager close
     bool closedForAll;     ///< that request named no file
     bool readOnly;         ///< mode of the last open
+    int openActions;       ///< nested actions that are open
+    bool collectionDue;    ///< garbage is to be looked at behind the outermost action
 
     /** Splits a path into boxDir and boxName. False for an invalid path. */
     bool setBoxPath(const char *path);

@@ -1,6 +1,6 @@
 #include "config.h"
 
-#include "replacefile.h"
+#include "replacefile_p.h"
 #include <QDebug>
 #include <QDir>
 #include <QFile>
@@ -71,8 +71,7 @@ Config::Config(const QString &name, Domain domain) : filename(pathOf(name, domai
 
 Config::~Config()
 {
-    if (changed && !write())
-        qWarning("the settings in %s stay as they were", qPrintable(filename));
+    (void)write();
 }
 
 bool Config::isValid() const
@@ -210,9 +209,14 @@ bool Config::write(const QString &file)
     if (!file.isEmpty() && file != filename) {
         filename = file;
         changed = true;
+        hidden = false;
     }
     if (!changed)
         return true;
+    if (hidden) {
+        qWarning("could not read %s, so it isn't replaced", qPrintable(filename));
+        return false;
+    }
     changed = !replaceFile(filename, textOf(groups).toUtf8());
     return !changed;
 }
@@ -223,6 +227,7 @@ void Config::read()
     QFile file(filename);
     // Anything but a plain file may block or never end.
     readable = QFileInfo(filename).isFile() && file.open(QIODevice::ReadOnly);
+    hidden = !readable && file.exists();
     if (readable) {
         QByteArray contents = file.readAll();
         if (contents.startsWith(byteOrderMark))

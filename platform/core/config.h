@@ -89,6 +89,7 @@ private:
     void parse(const QByteArray &contents);
 
     bool readable = false;
+    bool hidden = false; ///< the file is there and can't be read
 };
 
 #endif

@@ -1,4 +1,4 @@
-#include "replacefile.h"
+#include "replacefile_p.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -53,6 +53,8 @@ public:
      * lacks its key. */
     bool setKeys(std::span<const CardId> cards, std::span<const uint32_t> ends, std::string bytes);
     [[nodiscard]] std::string_view keyOf(CardId card) const;
+    /** Memory that the keys take, with those of removed cards. */
+    [[nodiscard]] size_t keyBytes() const { return m_keys.size(); }
 
     /** Puts a card in at the place of its key. @return its index number */
     uint16_t insert(CardId card, uint8_t attribute, std::string_view key);

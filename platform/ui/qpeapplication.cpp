@@ -12,9 +12,18 @@
 class QPEApplicationPrivate
 {
 public:
+    void listen(QPEApplication *application);
+
     std::unique_ptr<QCopChannel> channel;
     std::unique_ptr<QCopChannel> systemChannel;
 };
+
+/** Opens the channel of the application's present name in place of the one before. */
+void QPEApplicationPrivate::listen(QPEApplication *application)
+{
+    channel = std::make_unique<QCopChannel>("QPE/Application/" + application->name());
+    QObject::connect(channel.get(), &QCopChannel::received, application, &QPEApplication::appMessage);
+}
 
 namespace {
 
@@ -80,6 +89,7 @@ QPEApplication::QPEApplication(int &argc, char **argv, const QByteArray &name)
     : QApplication(withoutScaling(argc), argv), d(new QPEApplicationPrivate)
 {
     waitForPlatform();
+    connect(this, &QObject::objectNameChanged, this, [this] { d->listen(this); });
     const QByteArray program = QFile::encodeName(QFileInfo(QFile::decodeName(argv[0])).fileName());
     setName(name.isEmpty() ? program : name);
     d->systemChannel = std::make_unique<QCopChannel>("QPE/System");
@@ -101,11 +111,8 @@ QByteArray QPEApplication::name() const
 
 void QPEApplication::setName(const QByteArray &name)
 {
-    if (name.isEmpty() || (d->channel && name == this->name()))
-        return;
-    setObjectName(QString::fromUtf8(name));
-    d->channel = std::make_unique<QCopChannel>("QPE/Application/" + name);
-    connect(d->channel.get(), &QCopChannel::received, this, &QPEApplication::appMessage);
+    if (!name.isEmpty())
+        setObjectName(QString::fromUtf8(name));
 }
 
 QString QPEApplication::applicationNameOf(const QCoreApplication *application)

@@ -25,7 +25,7 @@ public:
     QPEApplication(int &argc, char **argv, const QByteArray &name = QByteArray());
     ~QPEApplication() override;
 
-    /** Name of the application, which is its objectName() as well. */
+    /** Name of the application, which is its objectName() as well; whichever is set, the channel follows. */
     [[nodiscard]] QByteArray name() const;
     /** Gives the application another name, and with it another channel. An empty name changes nothing. */
     void setName(const QByteArray &name);

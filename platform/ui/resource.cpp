@@ -53,11 +53,13 @@ QSize scaled(const QSize &size, int dpi)
 QImage render(const QString &file, int dpi)
 {
     QSvgRenderer renderer(file);
+    if (!renderer.isValid())
+        return {};
     QImage image(scaled(renderer.defaultSize(), dpi), QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     renderer.render(&painter);
-    return renderer.isValid() ? image : QImage();
+    return image;
 }
 
 QImage loadFile(const QString &file, int dpi)

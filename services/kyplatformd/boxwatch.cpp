@@ -86,7 +86,8 @@ void BoxWatch::handleMessage(const QByteArray &message, const QByteArray &data)
         closeAsked(box);
     else if (message == "openFile(QString,QString)")
         openSent(box);
-    setPace();
+    if (!m_timer.isActive() || m_timer.interval() > BusyPace)
+        m_timer.start(BusyPace);
 }
 
 void BoxWatch::closeAsked(const QString &box)

@@ -105,10 +105,7 @@ QByteArray lineOf(const QByteArray &text)
 DeviceTree::DeviceTree(const QString &root, const QString &folder, QObject *parent)
     : QObject(parent), m_root(root), m_folder(folder)
 {
-    connect(&m_timer, &QTimer::timeout, this, [this] {
-        if (!refresh())
-            m_timer.stop();
-    });
+    connect(&m_timer, &QTimer::timeout, this, [this] { m_complete = refresh(); });
 }
 
 DeviceTree::~DeviceTree()
@@ -183,7 +180,7 @@ bool DeviceTree::write(const QString &name, const QByteArray &contents)
                          file.write(contents) == contents.size() && file.commit();
     if (written)
         m_written.insert(name, contents);
-    else
+    else if (m_complete) // once, and not again each time the files are refreshed
         qWarning("kyplatformd: cannot write %s: %s", qUtf8Printable(path),
                  qUtf8Printable(file.errorString()));
     return written;

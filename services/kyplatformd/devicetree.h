@@ -13,7 +13,7 @@ class DeviceTree : public QObject
 {
     Q_OBJECT
 public:
-    static constexpr int RefreshTime = 5000; // ms
+    static constexpr int RefreshTime = 3000; // ms
 
     /** @param root the device root @param folder where the files are kept; made if need be */
     DeviceTree(const QString &root, const QString &folder, QObject *parent = nullptr);
@@ -41,6 +41,7 @@ private:
     const QString m_folder;
     QHash<QString, QByteArray> m_written;
     QTimer m_timer;
+    bool m_complete = true; ///< the last writing of all files succeeded
 };
 
 #endif

@@ -37,6 +37,13 @@ bool quitOnSignals(QSocketNotifier &notifier)
            ::sigaction(SIGHUP, &action, nullptr) == 0;
 }
 
+/** Ends the event loop when the session's bus has gone, and with it the session. */
+void quitWithBus()
+{
+    SessionBus::connection().connect(QString(), "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local",
+                                     "Disconnected", qApp, SLOT(quit()));
+}
+
 int fail(const char *reason)
 {
     std::fprintf(stderr, "kyplatformd: %s\n", reason);
@@ -82,6 +89,7 @@ int main(int argc, char **argv)
         return fail("there is no session bus");
     if (!SessionBus::requestName(SessionBus::serviceName("service"), false))
         return fail("already running for this HOME");
+    quitWithBus();
     QFile::remove(QDir::homePath() + "/.cateditting");
     const std::unique_ptr<DeviceTree> tree = makeTree();
     if (tree && !tree->create())

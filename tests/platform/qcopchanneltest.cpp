@@ -1,6 +1,7 @@
 #include "qcopchannel.h"
 #include "childprocess.h"
 #include "logcapture.h"
+#include "privatebus.h"
 #include "qcopenvelope.h"
 #include "qpeapplication.h"
 #include <cstring>
@@ -51,29 +52,6 @@ QProcessEnvironment environmentWith(const QString &name, const QString &value)
     environment.insert(name, value);
     return environment;
 }
-
-/** A bus of its own, which can be killed. */
-class PrivateBus
-{
-public:
-    PrivateBus()
-    {
-        m_daemon.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
-        m_daemon.waitForReadyRead();
-        m_address = m_daemon.readLine().trimmed();
-    }
-    ~PrivateBus() { kill(); }
-    void kill()
-    {
-        m_daemon.kill();
-        m_daemon.waitForFinished();
-    }
-    [[nodiscard]] QString address() const { return QString::fromLatin1(m_address); }
-
-private:
-    QProcess m_daemon;
-    QByteArray m_address;
-};
 
 /** A socket on which connections are accepted by the kernel and nobody ever answers. */
 class SilentSocket
@@ -173,6 +151,27 @@ int talkToItself(int argc, char **argv)
     return application.exec();
 }
 
+/** Without a bus: deletes a channel with messages pending, and one in its own slot; says what still arrived.
+ */
+int deleteAlone(int argc, char **argv)
+{
+    QPEApplication application(argc, argv, "alone");
+    auto doomed = std::make_unique<Listener>("Test/Alone");
+    auto *suicide = new QCopChannel("Test/Alone");
+    Listener witness("Test/Alone");
+    int last = 0;
+    QObject::connect(suicide, &QCopChannel::received, [&] {
+        ++last;
+        delete suicide;
+    });
+    for (int i = 0; i < 10; ++i)
+        QCopChannel::send("Test/Alone", number(i));
+    doomed.reset();
+    waitForMessages(witness, 10);
+    ChildProcess::say(number(int(witness.messages.size())) + ' ' + number(last));
+    return 0;
+}
+
 int childMain(int argc, char **argv)
 {
     const QByteArray role = argv[1];
@@ -184,6 +183,8 @@ int childMain(int argc, char **argv)
         return sendWithoutApplication(argc, argv);
     if (role == "ring")
         return passOn(argc, argv);
+    if (role == "delete")
+        return deleteAlone(argc, argv);
     return role == "alone" ? talkToItself(argc, argv) : 2;
 }
 
@@ -220,6 +221,7 @@ private slots:
     void homesDoNotMeet();
     void worksWithoutBus_data();
     void worksWithoutBus();
+    void deletingWithoutBusIsSafe();
     void silentSocketDoesNotHang();
     void survivesDeathOfBus();
 };
@@ -565,6 +567,13 @@ void QCopChannelTest::worksWithoutBus()
     QCOMPARE(child.readLine(), QByteArray("queued ordered 1"));
     child.write("again");
     QCOMPARE(child.readLine(), QByteArray("queued ordered 1"));
+    QCOMPARE(child.finish(), 0);
+}
+
+void QCopChannelTest::deletingWithoutBusIsSafe()
+{
+    ChildProcess child({"delete"}, environmentWith("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"));
+    QCOMPARE(child.readLine(), QByteArray("10 1"));
     QCOMPARE(child.finish(), 0);
 }
 

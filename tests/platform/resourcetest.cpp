@@ -84,7 +84,7 @@ void ResourceTest::ownIcons()
     int painted = 0;
     for (int i = 0; i < size * size; ++i)
         painted += qAlpha(image.pixel(i % size, i / size)) > 128;
-    QVERIFY2(painted > size * size / 5, "something is drawn");
+    QVERIFY2(painted > size * size / 8, "something is drawn");
     QVERIFY2(painted < size * size, "what isn't drawn is transparent");
 }
 

@@ -95,6 +95,11 @@ private slots:
     void failedTimeOfChangeCancels();
     void failedCommitIsLogged();
     void oneSynchronisationAnEdit();
+    void actionIsOneSynchronisation();
+    void actionsNest();
+    void actionsNeedAnOpenBox();
+    void actionThatCannotCommit();
+    void collectionWaitsForTheEndOfTheAction();
 };
 
 void EditTest::init()
@@ -414,6 +419,81 @@ void EditTest::oneSynchronisationAnEdit()
 
     QVERIFY(manager.deleteCard(&card, KyPDataManager::DeleteSingle));
     QCOMPARE(synchronisations, 3);
+}
+
+void EditTest::actionIsOneSynchronisation()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    addCard(manager, QStringLiteral("warm"));
+    synchronisations = 0;
+    QVERIFY(manager.beginAction());
+    for (int i = 0; i < 20; ++i)
+        QVERIFY(addCard(manager, QString::number(i)) != 0);
+    QCOMPARE(synchronisations, 0);
+    QVERIFY(manager.endAction());
+    QCOMPARE(synchronisations, 1);
+    QCOMPARE(manager.count(), 21);
+}
+
+void EditTest::actionsNest()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    addCard(manager, QStringLiteral("warm"));
+    synchronisations = 0;
+    QVERIFY(manager.beginAction());
+    QVERIFY(manager.beginAction());
+    QVERIFY(addCard(manager, QStringLiteral("a")) != 0);
+    QVERIFY(manager.endAction());
+    QCOMPARE(synchronisations, 0);
+    QVERIFY(manager.endAction());
+    QCOMPARE(synchronisations, 1);
+    QVERIFY(!manager.endAction()); // none is open
+}
+
+void EditTest::actionsNeedAnOpenBox()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    QVERIFY(manager.close());
+    QVERIFY(!manager.beginAction());
+    QVERIFY(!manager.endAction());
+    KyPDataManager reader(box.path().constData(), nullptr, true);
+    QVERIFY(!reader.beginAction());
+}
+
+void EditTest::actionThatCannotCommit()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    QVERIFY(manager.beginAction());
+    QVERIFY(addCard(manager, QStringLiteral("a")) != 0);
+    QVERIFY(manager.close()); // the action is lost with the handle
+    QVERIFY(manager.open(false));
+    QVERIFY(!manager.endAction());
+    QCOMPARE(manager.count(), 0);
+    QVERIFY(addCard(manager, QStringLiteral("b")) != 0);
+}
+
+void EditTest::collectionWaitsForTheEndOfTheAction()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    unsigned long card = 0;
+    const QByteArray large(200000, 'x');
+    QVERIFY(manager.editNewCard());
+    QVERIFY(manager.writeItem("BINA", large.constData(), 200000));
+    QVERIFY(manager.finishEditCard(&card));
+    LogCapture log;
+    QVERIFY(manager.beginAction());
+    QVERIFY(manager.deleteCard(&card, KyPDataManager::DeleteSingle));
+    QVERIFY(addCard(manager, QStringLiteral("b")) != 0);
+    QVERIFY(log.lines().isEmpty());
+    QVERIFY(manager.endAction());
+    QCOMPARE(log.lines().size(), 1);
+    QVERIFY(log.lines().first().startsWith("KyPDataManager: auto garbage collection "));
+    QVERIFY(manager.garbageSize() < 20481);
 }
 
 QTEST_MAIN(EditTest)

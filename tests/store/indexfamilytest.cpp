@@ -1,34 +1,12 @@
 #include "indexfixture.h"
 
-#include "index.h"
-
 #include <QProcess>
-#include <QRandomGenerator>
 
 #include <algorithm>
 
 using namespace expression;
 
 namespace {
-
-QByteArray contentsOf(const QByteArray &index)
-{
-    QFile file(TestBox::file(index));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void replaceContents(const QByteArray &index, const QByteArray &bytes)
-{
-    QFile file(TestBox::file(index));
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
-        qFatal("can't write the file");
-    }
-}
-
-PdtmStatus check(const QByteArray &index)
-{
-    return pdtm::checkIndexFile(pdtm::realPath(index));
-}
 
 /** What the program does when it is started as another process: `--child COMMAND arguments`. */
 int runChild(const QList<QByteArray> &arguments)
@@ -102,10 +80,6 @@ private slots:
     void damagedOrderOfAClosedBoxIsEmpty();
     void readOnlyHandleRebuildsInMemoryAlone();
     void healingShowsInTheFile();
-    void everyDefinitionByteFlipped();
-    void bothDefinitionsDamaged();
-    void truncations();
-    void randomFlips();
     void otherLanguage();
     void otherCollationRules();
     void temporaryIndexOfAnotherProcess();
@@ -361,123 +335,6 @@ void IndexFamilyTest::healingShowsInTheFile()
     box.open();
     QCOMPARE(cardsOf(index).size(), 50);
     QCOMPARE(contentsOf(index), bytes);
-}
-
-namespace {
-
-/** Flips, truncates or replaces the file of an index of a closed box, and looks at what comes of it. */
-class Damage
-{
-public:
-    explicit Damage(TestBox &box) : m_box(box)
-    {
-        m_index =
-            box.sorted("KYTEST.IDX", sortKey("NAME", TextAscending) + sortKey("NUMB", Descending) + '\0');
-        for (int i = 0; i < 60; ++i) {
-            box.add(QByteArray::number(i * 7919 % 31), static_cast<uint16_t>(i));
-        }
-        m_cards = cardsOf(m_index);
-        box.close();
-        m_bytes = contentsOf(m_index);
-    }
-    [[nodiscard]] const QByteArray &bytes() const { return m_bytes; }
-    [[nodiscard]] const QByteArray &index() const { return m_index; }
-    [[nodiscard]] const Cards &cards() const { return m_cards; }
-
-    /** True when the index shows what a fresh sort would; an unreadable definition has to be told as damaged.
-     */
-    bool heals(const QByteArray &bytes)
-    {
-        replaceContents(m_index, bytes);
-        const PdtmStatus status = check(m_index);
-        m_box.forgetMemory();
-        m_box.open();
-        const bool healed = cardsOf(m_index) == m_cards && placesANewCard();
-        m_box.close();
-        if (status == PdtmDamaged) {
-            return !healed && TestBox::info(m_index, InfoBoxName).isNull() &&
-                   m_box.family().contains(m_index);
-        }
-        return status == PdtmOk && healed;
-    }
-
-private:
-    /** A card that comes needs the sort keys as well. */
-    bool placesANewCard()
-    {
-        const uint16_t card = m_box.add("12", 999);
-        const Cards cards = cardsOf(m_index);
-        _IndexSort(m_index, m_box.handle());
-        const bool same = cards == cardsOf(m_index) && cards.contains(card);
-        _CardDelete(m_box.handle(), card);
-        return same;
-    }
-
-    TestBox &m_box;
-    QByteArray m_index;
-    QByteArray m_bytes;
-    Cards m_cards;
-};
-
-} // namespace
-
-void IndexFamilyTest::everyDefinitionByteFlipped()
-{
-    TestBox box;
-    Damage damage(box);
-    const int size = int(damage.bytes().size());
-    const int definition = 160; // head, and more than the definition holds; the same from the end
-    for (int i = 0; i < definition; ++i) {
-        for (const int at : {i, size - 1 - i}) {
-            QByteArray bytes = damage.bytes();
-            bytes[at] = static_cast<char>(~bytes[at]);
-            QVERIFY2(damage.heals(bytes), qPrintable(QString("byte %1 of %2").arg(at).arg(size)));
-        }
-    }
-}
-
-void IndexFamilyTest::bothDefinitionsDamaged()
-{
-    TestBox box;
-    Damage damage(box);
-    QByteArray bytes = damage.bytes();
-    bytes[30] = static_cast<char>(~bytes[30]);
-    bytes[bytes.size() - 30] = static_cast<char>(~bytes[bytes.size() - 30]);
-    replaceContents(damage.index(), bytes);
-    box.forgetMemory();
-    QCOMPARE(check(damage.index()), PdtmStatus(PdtmDamaged));
-    char buffer[PdtmInfoRoom];
-    uint16_t size = sizeof buffer;
-    QCOMPARE(_IndexInfoRead(damage.index(), InfoSortExpression, buffer, &size), PdtmStatus(PdtmDamaged));
-    QCOMPARE(box.family(), QList<QByteArray>{damage.index()});
-    QCOMPARE(_IndexDelete(damage.index()), PdtmStatus(PdtmOk));
-    QVERIFY(box.family().isEmpty());
-}
-
-void IndexFamilyTest::truncations()
-{
-    TestBox box;
-    Damage damage(box);
-    const qsizetype size = damage.bytes().size();
-    for (int i = 0; i < 20; ++i) {
-        QVERIFY2(damage.heals(damage.bytes().left(size * i / 20)), qPrintable(QString::number(i)));
-    }
-    QVERIFY(damage.heals(damage.bytes() + "more"));
-}
-
-void IndexFamilyTest::randomFlips()
-{
-    TestBox box;
-    Damage damage(box);
-    QRandomGenerator random(20);
-    for (int i = 0; i < 1000; ++i) {
-        QByteArray bytes = damage.bytes();
-        for (quint32 flips = 1 + random.bounded(3U); flips > 0; --flips) {
-            const auto at = static_cast<qsizetype>(random.bounded(static_cast<quint32>(bytes.size())));
-            bytes[at] = static_cast<char>(bytes[at] ^ static_cast<char>(1 + random.bounded(255)));
-        }
-        QVERIFY2(damage.heals(bytes), qPrintable(QString("round %1").arg(i)));
-    }
 }
 
 void IndexFamilyTest::otherLanguage()

@@ -3,10 +3,13 @@
 
 #include "environment.h"
 #include "indexfamily.h"
+#include "indexfile.h"
 #include "recordbuilder.h"
 
+#include <QDir>
 #include <QFile>
 #include <QList>
+#include <QTemporaryDir>
 #include <QtTest>
 
 /** Bytes of expressions, with their terminator. */
@@ -44,6 +47,17 @@ constexpr uint8_t Descending = 0x83;
 
 using Cards = QList<uint16_t>;
 constexpr uint8_t HiddenMask = 0x40;
+
+/** A folder in memory where there is one, for tests that would spend their time waiting for the disk. */
+class MemoryFolder
+{
+public:
+    [[nodiscard]] QByteArray path() const { return QFile::encodeName(m_folder.path()) + '/'; }
+
+private:
+    QTemporaryDir m_folder{(QFileInfo("/dev/shm").isWritable() ? "/dev/shm" : QDir::tempPath()) +
+                           "/kytest.XXXXXX"};
+};
 
 /** A box with the items NAME, TOWN, NUMB and CTGR, and whatever a test needs to do with it and its indexes.
  */
@@ -256,6 +270,26 @@ inline Cards allCardsOf(const QByteArray &index)
         cards << card;
     }
     return cards;
+}
+
+/** The file of an index, byte by byte. */
+inline QByteArray contentsOf(const QByteArray &index)
+{
+    QFile file(TestBox::file(index));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+inline void replaceContents(const QByteArray &index, const QByteArray &bytes)
+{
+    QFile file(TestBox::file(index));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
+        qFatal("can't write the file");
+    }
+}
+
+inline PdtmStatus check(const QByteArray &index)
+{
+    return pdtm::checkIndexFile(pdtm::realPath(index));
 }
 
 #endif

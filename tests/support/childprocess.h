@@ -19,10 +19,8 @@
 class ChildProcess
 {
 public:
-    using Environment = QProcessEnvironment;
-
     explicit ChildProcess(const QStringList &arguments,
-                          const Environment &environment = Environment::systemEnvironment())
+                          const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
     {
         m_process.setProcessEnvironment(environment);
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);

@@ -1,0 +1,53 @@
+#ifndef BENCHMARKS_SQLITESIDE_H
+#define BENCHMARKS_SQLITESIDE_H
+
+#include "contacts.h"
+
+#include <map>
+#include <memory>
+#include <sqlite3.h>
+
+/** Plain SQLite: one row a contact, a column an item, the journal and synchronisation settings of a box. */
+class SqliteSide
+{
+public:
+    enum class Settings { Default, Tuned };
+
+    explicit SqliteSide(const std::string &path, Settings settings = Settings::Default);
+
+    void createTable();
+    /** The SQL indexes that stand beside the four of the store. */
+    void createIndexes();
+    void load(const std::vector<Contact> &contacts);
+    [[nodiscard]] int64_t fileSize();
+
+    void add(const Contact &contact);
+    void changePhone(int id, const std::string &phone, const Contact &modified);
+    /** Keeps one read transaction open, so that a SELECT has no lock to take. */
+    void beginReading();
+    /** Bytes of a text item, read with a prepared SELECT. */
+    size_t readItem(int id, int item);
+    /** Walks all contacts by their reading over an SQL index; bytes of three items. */
+    size_t walk();
+    /** All ids by reading, ordered by ICU. */
+    std::vector<int> orderByReading();
+    /** The same as an SQL index that is kept. */
+    void indexByReading();
+
+private:
+    struct Close
+    {
+        void operator()(sqlite3 *database) const { sqlite3_close_v2(database); }
+        void operator()(sqlite3_stmt *statement) const { sqlite3_finalize(statement); }
+    };
+    void execute(const std::string &sql);
+    sqlite3_stmt *prepared(const std::string &sql);
+    void step(sqlite3_stmt *statement, int expected);
+    static void bindContact(sqlite3_stmt *statement, const Contact &contact);
+
+    std::unique_ptr<sqlite3, Close> m_database;
+    std::map<std::string, std::unique_ptr<sqlite3_stmt, Close>> m_statements;
+    std::array<sqlite3_stmt *, TextItems.size()> m_readers{};
+};
+
+#endif
