@@ -172,7 +172,7 @@ bool KyPDataManagerPrivate::setBoxPath(const char *path)
     if (!base || strlen(path) >= NameRoom)
         return false;
     memcpy(boxDir, path, size_t(base - path));
-    strcpy(boxName, base);
+    qstrncpy(boxName, base, NameRoom);
     return true;
 }
 
