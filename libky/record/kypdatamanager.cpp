@@ -153,7 +153,8 @@ void KyPDataManager::systemMessage(const QByteArray &message, const QByteArray &
     else if (!isClose && d->waitingOpenAgain && (isForAll || !d->closedForAll)) {
         d->waitingOpenAgain = false;
         d->closedForAll = false;
-        openInMode();
+        if (!isOpened()) // else it could not let go
+            openInMode();
     }
 }
 
@@ -171,7 +172,7 @@ bool KyPDataManagerPrivate::setBoxPath(const char *path)
     if (!base || strlen(path) >= NameRoom)
         return false;
     memcpy(boxDir, path, size_t(base - path));
-    strcpy(boxName, base);
+    qstrncpy(boxName, base, NameRoom);
     return true;
 }
 

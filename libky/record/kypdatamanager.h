@@ -97,9 +97,8 @@ public:
      * worked.
      *
      * @param readOnly true: one attempt, nobody is told, and writing fails
-     * @return false when the box can't be opened, when it is open already (nothing changes then, the mode
-     *         neither), or when another process has made this manager close: then
-     * it opens by itself when the box is free
+     * @return false when the box can't be opened; when it is open already, with nothing changed; and when
+     *         another process has made this manager close, which then opens by itself when the box is free
      */
     bool open(bool readOnly);
     /** Closes the box and tells others that it is free. False when it is closed already or can't be closed.
@@ -246,9 +245,10 @@ public:
     bool cancelEditCard();
 
     /**
-     * Begins an action: all edits and deletions up to the matching endAction() become one transaction with one
-     * synchronisation to the disk, and the box is compacted only behind it. Nestable. The application must not
-     * return to its event loop in between: a box that is lent meanwhile takes nothing of the action along.
+     * Begins an action: all edits and deletions up to the matching endAction() become one transaction with
+     * one synchronisation to the disk, and the box is compacted only behind it. Nestable. The application
+     * must not return to its event loop in between: a box that is lent meanwhile takes nothing of the action
+     * along.
      * @return false while the box is closed or read-only
      */
     bool beginAction();

@@ -56,12 +56,13 @@ bool KyPDataManager::checkGarbageAlert(const char *boxFile, QWidget *parent)
 {
     if (!IsBigGarbage(garbageOf(boxFile)))
         return false;
-    const QMessageBox::StandardButton answer = QMessageBox::warning(
-        parent, tr("Defragmentation"),
-        tr("<p>Internal Flash has been fragmented.<p>Do you want to defragment the Internal Flash to "
-           "effectively use it?<p>&lt; Note &gt;This operation may take some time.<p>"),
-        QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
-    if (answer != QMessageBox::Yes)
+    QMessageBox box(QMessageBox::Warning, tr("Defragmentation"),
+                    tr("<p>Internal Flash has been fragmented.<p>Do you want to defragment the Internal "
+                       "Flash to effectively use it?<p>&lt; Note &gt;This operation may take some time.<p>"),
+                    QMessageBox::Yes | QMessageBox::No, parent);
+    box.setDefaultButton(QMessageBox::No);
+    box.setEscapeButton(QMessageBox::No);
+    if (box.exec() != QMessageBox::Yes)
         return false;
     _BoxGarbageCollect(boxFile);
     return true;

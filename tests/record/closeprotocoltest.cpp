@@ -145,6 +145,7 @@ private slots:
 
     // two processes
     void boxPassesBetweenProcesses();
+    void editOutlastsTheLoan();
     void processOfTheSameNameKeepsTheBox();
     void managerWithoutAnApplication();
 };
@@ -505,14 +506,15 @@ void CloseProtocolTest::requestInsideAnEdit()
     QVERIFY(!manager.writeItem("NUMB", static_cast<unsigned char>(1)));
     {
         KyPDataManager other(box.path().constData(), nullptr, false);
-        QVERIFY(addCard(other, QStringLiteral("another's")) != 0);
+        QVERIFY(other.isOpened());
+        QCOMPARE(other.readItem("TITL", card), QStringLiteral("a"));
     }
     tell(manager, OpenFile, box.path());
     QVERIFY(manager.writeItem("NUMB", static_cast<unsigned char>(2)));
     QVERIFY(manager.finishEditCard(&card));
     QCOMPARE(manager.readItem("TITL", card), QStringLiteral("before"));
     QCOMPARE(manager.readUcharItem("NUMB", card), 2);
-    QCOMPARE(manager.count(), 2);
+    QCOMPARE(manager.count(), 1);
 }
 
 void CloseProtocolTest::deletionDuringTheAttempts()
@@ -613,10 +615,42 @@ void CloseProtocolTest::boxPassesBetweenProcesses()
     QCOMPARE(child.readLine(), "open");
     child.write("show");
     QCOMPARE(child.readLine(), "b of another descending 4 d");
-    child.write("edit");
-    QCOMPARE(child.readLine(), "edited");
     QCOMPARE(child.finish(), 0);
-    QCOMPARE(mine.readItem("TITL", second), QStringLiteral("edited by the holder"));
+    QCOMPARE(mine.readItem("TITL", second), QStringLiteral("b of another"));
+}
+
+void CloseProtocolTest::editOutlastsTheLoan()
+{
+    const TestBox box;
+    unsigned long edited = 0;
+    {
+        KyPDataManager maker(box.path().constData(), nullptr, false);
+        addCard(maker, QStringLiteral("a"));
+        edited = addCard(maker, QStringLiteral("b"));
+    }
+    ChildProcess child({"hold", box.path(), "holder"});
+    QCOMPARE(child.readLine(), "open");
+    child.write("turn");
+    QCOMPARE(child.readLine(), "b descending");
+    child.write("begin edit");
+    QCOMPARE(child.readLine(), "begun");
+
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    child.write("await closed");
+    QCOMPARE(child.readLine(), "closed");
+    QVERIFY(manager.open(false));
+    QCOMPARE(manager.readItem("TITL", edited), QStringLiteral("b"));
+    QVERIFY(addCard(manager, QStringLiteral("c")) != 0); // with a work card of its own
+    QVERIFY(manager.close());
+
+    child.write("await open");
+    QCOMPARE(child.readLine(), "open");
+    child.write("end edit");
+    QCOMPARE(child.readLine(), "ended");
+    QCOMPARE(child.finish(), 0);
+    const KyPDataManager mine(box.path().constData(), nullptr, true);
+    QCOMPARE(mine.readItem("TITL", edited), QStringLiteral("edited by the holder"));
+    QCOMPARE(mine.count(), 3);
 }
 
 void CloseProtocolTest::processOfTheSameNameKeepsTheBox()
@@ -667,12 +701,13 @@ int holdBox(int argc, char **argv)
         } else if (line == "show") {
             ChildProcess::say(view() + ' ' + QByteArray::number(manager.count()) + ' ' +
                               manager.readItem("TITL", manager.firstCard()).toUtf8());
-        } else if (line == "edit") {
+        } else if (line == "begin edit") {
+            const bool begun =
+                manager.startEditCard(manager.cardId()) && manager.writeItem("TITL", "edited by the holder");
+            ChildProcess::say(begun ? "begun" : "refused");
+        } else if (line == "end edit") {
             unsigned long card = manager.cardId();
-            const bool edited = manager.startEditCard(card) &&
-                                manager.writeItem("TITL", "edited by the holder") &&
-                                manager.finishEditCard(&card);
-            ChildProcess::say(edited ? "edited" : "refused");
+            ChildProcess::say(manager.finishEditCard(&card) ? "ended" : "refused");
         } else {
             QTest::qWait(200);
             ChildProcess::say(state());

@@ -11,12 +11,7 @@ QByteArray refusedItem;      ///< _CardWrite fails for it
 PdtmStatus commitStatus = 0; ///< of _CardCopy from the work card, when it isn't 0
 QList<quint16> deletedCards;
 
-QByteArray longAgo()
-{
-    PTimeValue value = {};
-    KyPDataManager::createPTime(&value, 2001, 1, 1, 1, 1, 1);
-    return QByteArray(reinterpret_cast<const char *>(value.bytes), sizeof value.bytes);
-}
+const QByteArray longAgo = ptime(2001, 1, 1, 1, 1, 1);
 
 bool isAbsent(const KyPDataManager &manager, unsigned long card)
 {
@@ -27,14 +22,14 @@ bool isAbsent(const KyPDataManager &manager, unsigned long card)
 
 extern "C" {
 
-int fsync(int descriptor)
+Q_DECL_EXPORT int fsync(int descriptor)
 {
     static const auto next = nextDefinition<int(int)>("fsync");
     ++synchronisations;
     return next(descriptor);
 }
 
-int fdatasync(int descriptor)
+Q_DECL_EXPORT int fdatasync(int descriptor)
 {
     static const auto next = nextDefinition<int(int)>("fdatasync");
     ++synchronisations;
@@ -100,6 +95,11 @@ private slots:
     void failedTimeOfChangeCancels();
     void failedCommitIsLogged();
     void oneSynchronisationAnEdit();
+    void actionIsOneSynchronisation();
+    void actionsNest();
+    void actionsNeedAnOpenBox();
+    void actionThatCannotCommit();
+    void collectionWaitsForTheEndOfTheAction();
 };
 
 void EditTest::init()
@@ -168,14 +168,14 @@ void EditTest::changedCardGetsItsTimeOfChange()
     const TestBox box;
     KyPDataManager manager(box.path().constData(), nullptr, false);
     unsigned long card = addCard(manager, QStringLiteral("a"));
-    QVERIFY(storeBytes(manager, card, "MDTM", longAgo()));
-    QVERIFY(storeBytes(manager, card, "CTTM", longAgo()));
+    QVERIFY(storeBytes(manager, card, "MDTM", longAgo));
+    QVERIFY(storeBytes(manager, card, "CTTM", longAgo));
     const QByteArray syncId = storedBytes(manager, card, "SYID");
     QVERIFY(manager.startEditCard(card));
     QVERIFY(manager.writeItem("TITL", "b"));
     QVERIFY(manager.finishEditCard(&card));
-    QVERIFY(storedBytes(manager, card, "MDTM") != longAgo());
-    QCOMPARE(storedBytes(manager, card, "CTTM"), longAgo());
+    QVERIFY(storedBytes(manager, card, "MDTM") != longAgo);
+    QCOMPARE(storedBytes(manager, card, "CTTM"), longAgo);
     QCOMPARE(storedBytes(manager, card, "SYID"), syncId);
     QCOMPARE(manager.readItem("TITL", card), QStringLiteral("b"));
 }
@@ -185,11 +185,11 @@ void EditTest::attributeAloneIsNoChange()
     const TestBox box;
     KyPDataManager manager(box.path().constData(), nullptr, false);
     unsigned long card = addCard(manager, QStringLiteral("a"));
-    QVERIFY(storeBytes(manager, card, "MDTM", longAgo()));
+    QVERIFY(storeBytes(manager, card, "MDTM", longAgo));
     QVERIFY(manager.startEditCard(card));
     QVERIFY(manager.writeItem("ATTR", static_cast<unsigned char>(0x02)));
     QVERIFY(manager.finishEditCard(&card));
-    QCOMPARE(storedBytes(manager, card, "MDTM"), longAgo());
+    QCOMPARE(storedBytes(manager, card, "MDTM"), longAgo);
     QCOMPARE(storedBytes(manager, card, "ATTR"), "\x02");
 }
 
@@ -198,10 +198,10 @@ void EditTest::editWithNoWriteIsNoChange()
     const TestBox box;
     KyPDataManager manager(box.path().constData(), nullptr, false);
     unsigned long card = addCard(manager, QStringLiteral("a"));
-    QVERIFY(storeBytes(manager, card, "MDTM", longAgo()));
+    QVERIFY(storeBytes(manager, card, "MDTM", longAgo));
     QVERIFY(manager.startEditCard(card));
     QVERIFY(manager.finishEditCard(&card));
-    QCOMPARE(storedBytes(manager, card, "MDTM"), longAgo());
+    QCOMPARE(storedBytes(manager, card, "MDTM"), longAgo);
 }
 
 void EditTest::editedCardToANewPlace()
@@ -214,7 +214,7 @@ void EditTest::editedCardToANewPlace()
     QVERIFY(manager.finishEditCard(&seventh));
     QCOMPARE(seventh, 7UL);
     for (const char *code : {"CTTM", "MDTM"})
-        QVERIFY(storeBytes(manager, 7, code, longAgo()));
+        QVERIFY(storeBytes(manager, 7, code, longAgo));
     const QByteArray syncId = storedBytes(manager, 7, "SYID");
 
     unsigned long card = 0;
@@ -224,12 +224,12 @@ void EditTest::editedCardToANewPlace()
     QVERIFY(card != 0 && card != 7);
     QCOMPARE(manager.readItem("TITL", card), QStringLiteral("seven"));
     QCOMPARE(manager.readUcharItem("NUMB", card), 9);
-    QVERIFY(storedBytes(manager, card, "CTTM") != longAgo());
+    QVERIFY(storedBytes(manager, card, "CTTM") != longAgo);
     QVERIFY(storedBytes(manager, card, "SYID") != syncId);
     QCOMPARE(manager.readItem("TITL", 7), QStringLiteral("seven"));
     QCOMPARE(manager.readUcharItem("NUMB", 7), -1);
-    QCOMPARE(storedBytes(manager, 7, "CTTM"), longAgo());
-    QCOMPARE(storedBytes(manager, 7, "MDTM"), longAgo());
+    QCOMPARE(storedBytes(manager, 7, "CTTM"), longAgo);
+    QCOMPARE(storedBytes(manager, 7, "MDTM"), longAgo);
     QCOMPARE(storedBytes(manager, 7, "SYID"), syncId);
 }
 
@@ -419,6 +419,81 @@ void EditTest::oneSynchronisationAnEdit()
 
     QVERIFY(manager.deleteCard(&card, KyPDataManager::DeleteSingle));
     QCOMPARE(synchronisations, 3);
+}
+
+void EditTest::actionIsOneSynchronisation()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    addCard(manager, QStringLiteral("warm"));
+    synchronisations = 0;
+    QVERIFY(manager.beginAction());
+    for (int i = 0; i < 20; ++i)
+        QVERIFY(addCard(manager, QString::number(i)) != 0);
+    QCOMPARE(synchronisations, 0);
+    QVERIFY(manager.endAction());
+    QCOMPARE(synchronisations, 1);
+    QCOMPARE(manager.count(), 21);
+}
+
+void EditTest::actionsNest()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    addCard(manager, QStringLiteral("warm"));
+    synchronisations = 0;
+    QVERIFY(manager.beginAction());
+    QVERIFY(manager.beginAction());
+    QVERIFY(addCard(manager, QStringLiteral("a")) != 0);
+    QVERIFY(manager.endAction());
+    QCOMPARE(synchronisations, 0);
+    QVERIFY(manager.endAction());
+    QCOMPARE(synchronisations, 1);
+    QVERIFY(!manager.endAction()); // none is open
+}
+
+void EditTest::actionsNeedAnOpenBox()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    QVERIFY(manager.close());
+    QVERIFY(!manager.beginAction());
+    QVERIFY(!manager.endAction());
+    KyPDataManager reader(box.path().constData(), nullptr, true);
+    QVERIFY(!reader.beginAction());
+}
+
+void EditTest::actionThatCannotCommit()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    QVERIFY(manager.beginAction());
+    QVERIFY(addCard(manager, QStringLiteral("a")) != 0);
+    QVERIFY(manager.close()); // the action is lost with the handle
+    QVERIFY(manager.open(false));
+    QVERIFY(!manager.endAction());
+    QCOMPARE(manager.count(), 0);
+    QVERIFY(addCard(manager, QStringLiteral("b")) != 0);
+}
+
+void EditTest::collectionWaitsForTheEndOfTheAction()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    unsigned long card = 0;
+    const QByteArray large(200000, 'x');
+    QVERIFY(manager.editNewCard());
+    QVERIFY(manager.writeItem("BINA", large.constData(), 200000));
+    QVERIFY(manager.finishEditCard(&card));
+    LogCapture log;
+    QVERIFY(manager.beginAction());
+    QVERIFY(manager.deleteCard(&card, KyPDataManager::DeleteSingle));
+    QVERIFY(addCard(manager, QStringLiteral("b")) != 0);
+    QVERIFY(log.lines().isEmpty());
+    QVERIFY(manager.endAction());
+    QCOMPARE(log.lines().size(), 1);
+    QVERIFY(log.lines().first().startsWith("KyPDataManager: auto garbage collection "));
+    QVERIFY(manager.garbageSize() < 20481);
 }
 
 QTEST_MAIN(EditTest)

@@ -80,6 +80,22 @@ private:
     QByteArray m_master;
 };
 
+/** A moment as the store has it. */
+inline QByteArray ptime(int year, int month, int day, int hour, int minute, int second)
+{
+    PTimeValue value = {};
+    KyPDataManager::createPTime(&value, year, month, day, hour, minute, second);
+    return QByteArray(reinterpret_cast<const char *>(value.bytes), sizeof value.bytes);
+}
+
+/** Year, month, day, hour, minute and second of such a moment. */
+inline QList<int> fieldsOf(const QByteArray &value)
+{
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+    ppgettime(value.constData(), &year, &month, &day, &hour, &minute, &second, 0);
+    return {year, month, day, hour, minute, second};
+}
+
 /** Adds a card with a title. @return its id, 0 on failure */
 inline unsigned long addCard(KyPDataManager &manager, const QString &title)
 {
