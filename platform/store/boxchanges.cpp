@@ -136,7 +136,12 @@ PdtmStatus SqliteBox::expectNewCard(CardId &card)
             return status;
     }
     const auto start = static_cast<CardId>(m_state.nextCard > PdtmLastOrdinaryCard ? 1 : m_state.nextCard);
-    PdtmStatus status = m_database.firstFreeCard(start, PdtmLastOrdinaryCard, card);
+    PdtmStatus status = PdtmOk;
+    if (isHeld() && !isInUse(start, status) && status == PdtmOk) { // as a rule, and then memory often knows
+        card = start;
+        return PdtmOk;
+    }
+    status = m_database.firstFreeCard(start, PdtmLastOrdinaryCard, card);
     if (status == PdtmOutOfSpace && start > 1)
         status = m_database.firstFreeCard(1, static_cast<CardId>(start - 1), card);
     return status;

@@ -7,11 +7,17 @@ namespace pdtm {
 
 namespace {
 
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
+#define KY_WIDE_VECTORS __attribute__((target_clones("avx2", "default")))
+#else
+#define KY_WIDE_VECTORS
+#endif
+
 constexpr size_t TableStep = 4096; // the tables by card id grow in such steps, and are swept in such blocks
 
-/** Adds @p change to the positions of a block that are @p from or more. The fixed size lets it be vectorised.
- */
-void shiftBlock(uint16_t *positions, uint16_t from, uint16_t change)
+/** Adds @p change to the positions of a block that are @p from or more. The fixed size lets it be vectorised,
+ * and wider vectors halve the time of an insertion. */
+KY_WIDE_VECTORS void shiftBlock(uint16_t *positions, uint16_t from, uint16_t change)
 {
     for (size_t i = 0; i < TableStep; ++i) {
         const auto mask = static_cast<uint16_t>(positions[i] >= from ? 0xFFFF : 0);
