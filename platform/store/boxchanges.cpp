@@ -8,11 +8,6 @@ namespace pdtm {
 
 namespace {
 
-Bytes asBytes(const std::string &text)
-{
-    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
-}
-
 std::string asText(RecordView record)
 {
     const Bytes packed = record.packed();
@@ -20,11 +15,6 @@ std::string asText(RecordView record)
 }
 
 constexpr size_t RecordOverhead = 64; // what SQLite needs beside the record in a row
-
-bool isScratch(CardId card)
-{
-    return card >= PdtmFirstReservedCard;
-}
 
 } // namespace
 
@@ -155,41 +145,28 @@ PdtmStatus SqliteBox::expectNewCard(CardId &card)
 PdtmStatus SqliteBox::createCard(CardId &card)
 {
     static constexpr uint8_t NoAttribute[] = {0};
-    const std::string empty = withItem({}, AttributeItem, NoAttribute);
-    if (isScratch(card)) {
-        (*m_scratch)[card] = empty;
-        m_memoryChanged = true;
-        return PdtmOk;
-    }
     PdtmStatus status = PdtmOk;
-    if (card != 0 && isInUse(card, status))
+    if (card != 0 && !isScratchCard(card) && isInUse(card, status))
         return PdtmExists;
-    CardId made = card;
-    if (status == PdtmOk && card == 0)
-        status = expectNewCard(made);
-    if (status != PdtmOk)
-        return status;
-    status = change([&] {
-        m_state.nextCard = std::max<uint32_t>(card == 0 ? 0 : m_state.nextCard, made + 1U);
-        return writeOrdinaryCard(made, asBytes(empty));
-    });
-    if (status == PdtmOk)
-        card = made;
-    return status;
+    return status == PdtmOk ? writeWholeCard(card, withItem({}, AttributeItem, NoAttribute)) : status;
 }
 
 PdtmStatus SqliteBox::copyCard(CardId source, CardId &destination)
 {
     RecordView record;
-    if (const PdtmStatus status = readCard(source, record); status != PdtmOk)
-        return status;
-    const std::string packed = asText(record);
-    if (isScratch(destination)) {
-        (*m_scratch)[destination] = packed;
+    const PdtmStatus status = readCard(source, record);
+    return status == PdtmOk ? writeWholeCard(destination, asText(record)) : status;
+}
+
+/** Writes a scratch card, or an ordinary one under its id, or under a new one when that is 0. */
+PdtmStatus SqliteBox::writeWholeCard(CardId &card, const std::string &packed)
+{
+    if (isScratchCard(card)) {
+        (*m_scratch)[card] = packed;
         m_memoryChanged = true;
         return PdtmOk;
     }
-    CardId made = destination;
+    CardId made = card;
     PdtmStatus status = PdtmOk;
     const bool isNew = made == 0 || !isInUse(made, status);
     if (status == PdtmOk && made == 0)
@@ -198,17 +175,24 @@ PdtmStatus SqliteBox::copyCard(CardId source, CardId &destination)
         return status;
     status = change([&] {
         if (isNew)
-            m_state.nextCard = std::max<uint32_t>(destination == 0 ? 0 : m_state.nextCard, made + 1U);
-        return writeOrdinaryCard(made, asBytes(packed));
+            skipUsedCard(made, card == 0);
+        return writeOrdinaryCard(made, bytesOf(packed));
     });
     if (status == PdtmOk)
-        destination = made;
+        card = made;
     return status;
+}
+
+/** Lets the ids go on behind a new card. One that was asked for never takes them back. */
+void SqliteBox::skipUsedCard(CardId card, bool wasChosenHere)
+{
+    const uint32_t behind = card + 1U;
+    m_state.nextCard = wasChosenHere ? behind : std::max(m_state.nextCard, behind);
 }
 
 PdtmStatus SqliteBox::deleteCard(CardId card)
 {
-    if (isScratch(card)) {
+    if (isScratchCard(card)) {
         m_memoryChanged |= m_scratch->erase(card) > 0 || m_storedScratch.contains(card);
         return PdtmOk;
     }
@@ -258,31 +242,31 @@ PdtmStatus SqliteBox::writeItem(CardId card, const ItemDescription &item, Bytes 
     const std::string packed = withItem(record, item.storage, value);
     if (packed.size() > BoxDatabase::LargestRecord - RecordOverhead)
         return PdtmTooShort;
-    if (isScratch(card)) {
+    if (isScratchCard(card)) {
         (*m_scratch)[card] = packed;
         m_memoryChanged = true;
         return PdtmOk;
     }
     if (item.storage != AttributeItem)
-        return change([&] { return writeOrdinaryCard(card, asBytes(packed)); });
+        return change([&] { return writeOrdinaryCard(card, bytesOf(packed)); });
     return change([&] {
-        const PdtmStatus status = storeCard(card, asBytes(packed));
+        const PdtmStatus status = storeCard(card, bytesOf(packed));
         if (status == PdtmOk)
-            family::attributeWritten(*this, card, RecordView(asBytes(packed)).attribute());
+            family::attributeWritten(*this, card, RecordView(bytesOf(packed)).attribute());
         return status;
     });
 }
 
 PdtmStatus SqliteBox::writeItemQuietly(CardId card, const ItemDescription &item, Bytes value)
 {
-    if (isScratch(card))
+    if (isScratchCard(card))
         return writeItem(card, item, value);
     RecordView record;
     if (const PdtmStatus status = readCard(card, record); status != PdtmOk)
         return status;
     const std::string packed = withItem(record, item.storage, value);
     return change([&] {
-        const PdtmStatus status = storeCard(card, asBytes(packed));
+        const PdtmStatus status = storeCard(card, bytesOf(packed));
         if (status == PdtmOk)
             family::counterChanged(*this);
         return status;
@@ -325,7 +309,7 @@ PdtmStatus SqliteBox::removeStoredScratchCards()
 PdtmStatus SqliteBox::storeScratchCards()
 {
     for (const auto &[card, packed] : *m_scratch) {
-        if (const PdtmStatus status = m_database.writeCard(card, asBytes(packed)); status != PdtmOk)
+        if (const PdtmStatus status = m_database.writeCard(card, bytesOf(packed)); status != PdtmOk)
             return status;
     }
     return PdtmOk;

@@ -166,6 +166,12 @@ void BoxDatabase::close(bool tidy)
     m_readOnly = false;
 }
 
+void BoxDatabase::abandon()
+{
+    static_cast<void>(m_statements.release());
+    m_connection = nullptr;
+}
+
 PdtmStatus BoxDatabase::create(const std::string &path, const BoxState &state)
 {
     BoxDatabase box;

@@ -10,6 +10,12 @@
 
 namespace pdtm {
 
+/** The bytes of a packed record that is held as text. */
+[[nodiscard]] inline Bytes bytesOf(const std::string &packed)
+{
+    return {reinterpret_cast<const uint8_t *>(packed.data()), packed.size()};
+}
+
 /** The one row of the table `box`. */
 struct BoxState
 {
@@ -44,6 +50,8 @@ public:
     [[nodiscard]] PdtmStatus open(const std::string &path);
     /** @param tidy the caller holds the lock of the box: what is in the write-ahead file goes into the box */
     void close(bool tidy);
+    /** Forgets the connection without ending it, in a process that only has a copy of it. */
+    void abandon();
     [[nodiscard]] bool isOpen() const { return m_connection != nullptr; }
     /** Opened for reading what can't be written. */
     [[nodiscard]] bool isReadOnly() const { return m_readOnly; }

@@ -6,6 +6,7 @@
 #include "indexfile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <string_view>
@@ -13,13 +14,14 @@
 #include <unistd.h>
 
 using namespace pdtm;
+using namespace std::string_view_literals;
 
 namespace {
 
 constexpr uint8_t HighestMode = 1;
 constexpr int ThoroughLevel = 255;
 constexpr size_t LongestLabel = 37;
-constexpr std::string_view SqliteMagic{"SQLite format 3", 16};
+constexpr std::string_view SqliteMagic = "SQLite format 3\0"sv;
 constexpr const char *BoxCompanions[] = {"-wal", "-shm", "-journal"};
 
 PdtmStatus removeFile(const std::string &path)

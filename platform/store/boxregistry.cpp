@@ -46,14 +46,14 @@ BoxRegistry::BoxRegistry() : m_process(getpid()) {}
 
 BoxRegistry::~BoxRegistry()
 {
-    // A forked child has none of the locks: its copies of the connections must not close.
-    if (getpid() != m_process) {
-        auto *leaked = new std::vector<std::shared_ptr<SqliteBox>>(m_boxes);
-        static_cast<void>(leaked);
-        return;
+    // A forked child has none of the locks: its copies of the connections must not end.
+    const bool isForked = getpid() != m_process;
+    for (const auto &box : m_boxes) {
+        if (isForked)
+            box->database().abandon();
+        else
+            box->shutDown();
     }
-    for (const auto &box : m_boxes)
-        box->shutDown();
 }
 
 bool BoxRegistry::hasHandle(const SqliteBox &box) const

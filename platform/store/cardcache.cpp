@@ -32,11 +32,6 @@ RecordView recordOf(const uint8_t *card)
     return RecordView(Bytes(card + sizeof(uint32_t), lengthOf(card)));
 }
 
-Bytes asBytes(const std::string &text)
-{
-    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
-}
-
 } // namespace
 
 PdtmStatus CardCache::find(CardId card, RecordView &record) const
@@ -49,7 +44,7 @@ PdtmStatus CardCache::find(CardId card, RecordView &record) const
     }
     if (card != m_lastCard || card == 0)
         return PdtmNone;
-    record = RecordView(asBytes(m_lastRecord));
+    record = RecordView(bytesOf(m_lastRecord));
     return PdtmOk;
 }
 

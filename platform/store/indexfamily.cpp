@@ -45,26 +45,33 @@ void invalidateAll(Family &family)
     }
 }
 
-/** Applies a change of the box to each index that was current before it. Memory that runs short leaves them
- * to be built anew. */
-template <typename Change> void apply(BoxFile &box, Change change)
+/** Runs what the box reports. When memory runs short the indexes are built anew at their next use. */
+template <typename Work> void contained(BoxFile &box, Work work)
 {
     Family &family = registry().familyOf(box);
-    const uint64_t counter = box.changeCounter();
     try {
+        work(family);
+    } catch (const std::exception &) {
+        invalidateAll(family);
+    }
+    family.counter = box.changeCounter();
+}
+
+/** Applies a change of the box to each index that was current before it. */
+template <typename Change> void apply(BoxFile &box, Change change)
+{
+    contained(box, [&](Family &family) {
         if (!family.complete && box.isHeld()) {
             loadMembers(family);
         }
+        const uint64_t counter = box.changeCounter();
         for (Index *index : family.indexes) {
             if (index->isCurrent(family.counter)) {
                 change(*index);
                 index->takeCounter(counter);
             }
         }
-    } catch (const std::exception &) {
-        invalidateAll(family);
-    }
-    family.counter = counter;
+    });
 }
 
 /** Compares an index in memory with its file and with the box after somebody else may have changed both. */
@@ -78,13 +85,14 @@ void review(Index &index, uint64_t counter)
     }
 }
 
-/** Writes an index at the close of its box, unless another process deleted or replaced the file meanwhile. */
+/** Writes an index at the close of its box. When another process deleted or replaced the file meanwhile, that
+ * stands. */
 void writeAtClose(Index &index, BoxFile &box, uint64_t counter)
 {
-    if (!index.isDirty() || stampOf(index.path()) != index.stamp()) {
+    if (!index.isDirty() || registry().rereadIfReplaced(index) != PdtmOk) {
         return;
     }
-    if (index.isCurrent(counter)) {
+    if (index.isDirty() && index.isCurrent(counter)) {
         static_cast<void>(index.ensureKeys(box));
         static_cast<void>(index.save());
     }
@@ -94,13 +102,14 @@ void writeAtClose(Index &index, BoxFile &box, uint64_t counter)
 
 void boxOpened(BoxFile &box)
 {
-    Family &family = registry().familyOf(box);
-    family.counter = box.changeCounter();
-    family.complete = false;
-    const std::vector<Index *> indexes = family.indexes;
-    for (Index *index : indexes) {
-        review(*index, family.counter);
-    }
+    contained(box, [&](Family &family) {
+        const uint64_t counter = box.changeCounter();
+        family.complete = false;
+        const std::vector<Index *> indexes = family.indexes;
+        for (Index *index : indexes) {
+            review(*index, counter);
+        }
+    });
 }
 
 void cardWritten(BoxFile &box, CardId card, RecordView record)
@@ -128,18 +137,18 @@ void counterChanged(BoxFile &box)
 
 void rolledBack(BoxFile &box)
 {
-    Family &family = registry().familyOf(box);
-    invalidateAll(family);
-    family.counter = box.changeCounter();
+    contained(box, invalidateAll);
 }
 
 void boxClosing(BoxFile &box)
 {
-    const uint64_t counter = box.changeCounter();
-    const std::vector<Index *> indexes = registry().familyOf(box).indexes;
-    for (Index *index : indexes) {
-        writeAtClose(*index, box, counter);
-    }
+    contained(box, [&](Family &family) {
+        const uint64_t counter = box.changeCounter();
+        const std::vector<Index *> indexes = family.indexes;
+        for (Index *index : indexes) {
+            writeAtClose(*index, box, counter);
+        }
+    });
 }
 
 void boxDeleted(const std::string &realPath)

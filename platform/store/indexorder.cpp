@@ -156,10 +156,10 @@ uint16_t IndexOrder::insert(CardId card, uint8_t attribute, std::string_view key
     const auto number = static_cast<uint16_t>(place - m_cards.begin() + 1);
     growFor(card);
     storeKey(card, key);
-    if (number <= count()) {
+    m_cards.insert(place, card); // nothing behind this fails
+    if (number < count()) {
         shiftPositions(number, true);
     }
-    m_cards.insert(place, card);
     m_positions[card] = number;
     m_attributes[card] = attribute;
     ++m_histogram[attribute];

@@ -15,7 +15,7 @@ std::string baseName(const std::string &path)
     return path.substr(directoryPart(path).size());
 }
 
-/** Such a path means the same file for the life of the process. */
+/** Such a path means the same file whatever the current folder is. */
 bool isFixed(std::string_view path)
 {
     return path.starts_with('/') || path.starts_with("F0:");
@@ -240,11 +240,23 @@ PdtmStatus IndexRegistry::findReal(const char *path, Index *&index)
     return status;
 }
 
+/** `F0:` means another folder when the home folder has changed. */
+void IndexRegistry::noticeHome()
+{
+    const char *home = getenv("HOME");
+    if (m_home != (home != nullptr ? home : "")) {
+        m_home = home != nullptr ? home : "";
+        m_byPath.clear();
+        m_last = nullptr;
+    }
+}
+
 PdtmStatus IndexRegistry::find(const char *path, Index *&index)
 {
     if (path == nullptr) {
         return PdtmBadArgument;
     }
+    noticeHome();
     if (m_last == nullptr || m_lastPath != path) {
         const auto found = m_byPath.find(std::string_view(path));
         if (found == m_byPath.end()) {

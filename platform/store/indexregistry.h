@@ -74,6 +74,7 @@ private:
         size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
     };
 
+    void noticeHome();
     PdtmStatus find(const char *path, Index *&index);
     PdtmStatus findReal(const char *path, Index *&index);
     PdtmStatus bringUpToDate(Index &index);
@@ -89,6 +90,7 @@ private:
     std::map<std::string, std::unique_ptr<Family>> m_families; // by canonical path of the box
     std::unordered_map<std::string, Family *> m_familiesByBox; // by BoxFile::path()
     std::unordered_map<std::string, Entry *, TextHash, std::equal_to<>> m_byPath; // by path as it was passed
+    std::string m_home;
     std::string m_lastPath;
     Entry *m_last = nullptr; // the entry of m_lastPath
 };

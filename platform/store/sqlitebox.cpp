@@ -12,16 +12,6 @@ namespace pdtm {
 
 namespace {
 
-Bytes asBytes(const std::string &text)
-{
-    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
-}
-
-bool isScratch(CardId card)
-{
-    return card >= PdtmFirstReservedCard;
-}
-
 /** A counter that no earlier session can have given out, not even one that ended without a commit. */
 uint64_t sessionCounter()
 {
@@ -123,17 +113,17 @@ uint64_t SqliteBox::changeCounter()
 
 PdtmStatus SqliteBox::readCard(CardId card, RecordView &record)
 {
-    if (isScratch(card)) {
+    if (isScratchCard(card)) {
         const auto found = m_scratch->find(card);
         if (found == m_scratch->end())
             return PdtmNoSuchCard;
-        record = RecordView(asBytes(found->second));
+        record = RecordView(bytesOf(found->second));
         return PdtmOk;
     }
     if (isHeld())
         return readCachedCard(card, record);
     const PdtmStatus status = m_database.readCard(card, m_record);
-    record = RecordView(asBytes(m_record));
+    record = RecordView(bytesOf(m_record));
     return status;
 }
 
@@ -151,7 +141,7 @@ PdtmStatus SqliteBox::readCachedCard(CardId card, RecordView &record)
     status = m_database.readCard(card, m_record);
     if (status != PdtmOk)
         return status;
-    m_cache.put(card, asBytes(m_record));
+    m_cache.put(card, bytesOf(m_record));
     return m_cache.find(card, record);
 }
 

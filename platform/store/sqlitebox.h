@@ -93,6 +93,8 @@ private:
     PdtmStatus commit();
     void undo(PdtmStatus reason);
     void riseCounter();
+    PdtmStatus writeWholeCard(CardId &card, const std::string &packed);
+    void skipUsedCard(CardId card, bool wasChosenHere);
     PdtmStatus storeCard(CardId card, Bytes packed);
     PdtmStatus writeOrdinaryCard(CardId card, Bytes packed);
     PdtmStatus removeStoredScratchCards();

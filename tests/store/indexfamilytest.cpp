@@ -86,7 +86,8 @@ private slots:
     void editOfAnotherProcess();
     void indexDeletedByAnotherProcess();
     void readerBesideAWriter();
-    void failedWriteAtCloseLosesNothing();
+    void indexSortedByAnotherProcessWhileHeld();
+    void otherHomeFolder();
     void boxThroughALink();
     void newBoxOfTheSameName();
     void addedItems();
@@ -438,20 +439,37 @@ void IndexFamilyTest::readerBesideAWriter()
     QCOMPARE(cardsOf(index), (Cards{a, b}));
 }
 
-void IndexFamilyTest::failedWriteAtCloseLosesNothing()
+void IndexFamilyTest::indexSortedByAnotherProcessWhileHeld()
 {
     TestBox box;
-    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
-    const uint16_t a = box.add("a");
-    const QString obstacle = TestBox::file(index) + ".new";
-    QVERIFY(QDir().mkpath(obstacle + "/full"));
-    box.close();
-    QCOMPARE(cardsOf(index), Cards{a});
+    const uint16_t a = box.add("a", 2);
+    const uint16_t b = box.add("b", 1);
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const QByteArray index = box.sorted("SECOND.IDX", sortBy("NAME", Ascending));
+    const uint16_t c = box.add("c", 0);
+    QCOMPARE(inOtherProcess({"delete", index}), 0);
+    QCOMPARE(inOtherProcess({"sort", box.path(), master, index}), 0);
+    box.add("d", 5);
+    box.close(); // writes its own indexes, but not over the one of the other process
+    QCOMPARE(TestBox::info(index, InfoSortExpression), sortBy("NUMB", Ascending));
     box.open();
+    QCOMPARE(cardsOf(index).mid(0, 3), (Cards{c, b, a}));
+}
+
+void IndexFamilyTest::otherHomeFolder()
+{
+    TestBox box;
+    const uint16_t a = box.add("a");
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
     QCOMPARE(cardsOf(index), Cards{a});
-    box.restart();
+    const QByteArray home = qgetenv("HOME");
+    const QTemporaryDir other;
+    qputenv("HOME", QFile::encodeName(other.path()));
+    uint16_t number = 0;
+    const PdtmStatus status = _NextIndexNo(index, 0, 0, 0, &number);
+    qputenv("HOME", home);
+    QCOMPARE(status, PdtmStatus(PdtmMissing));
     QCOMPARE(cardsOf(index), Cards{a});
-    QVERIFY(QDir(obstacle).removeRecursively());
 }
 
 void IndexFamilyTest::boxThroughALink()

@@ -1,8 +1,5 @@
 #include "indexfixture.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 using namespace expression;
 
 namespace {
@@ -52,7 +49,6 @@ private slots:
     void expressionsInSearchAndCount();
     void appendAndDeleteSingleCards();
     void nothingWorksOnMissingOrDamagedFiles();
-    void readOnlyFolderLeavesNothingBehind();
     void onlySixteenBitsAreWritten();
 };
 
@@ -813,27 +809,6 @@ void IndexTest::nothingWorksOnMissingOrDamagedFiles()
     }
     QCOMPARE(box.family(), QList<QByteArray>{"F0:KYTEST.IDX"}); // so that its owner can delete it
     QCOMPARE(_IndexDelete("F0:KYTEST.IDX"), PdtmStatus(PdtmOk));
-}
-
-void IndexTest::readOnlyFolderLeavesNothingBehind()
-{
-    if (geteuid() == 0) {
-        // Root writes everywhere; a file in the way of the folder gives an error all the same.
-        QCOMPARE(_IndexCreate("/proc/KYTEST.IDX", 17) != PdtmOk, true);
-    }
-    TestBox box;
-    box.add("a");
-    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
-    // The name of the new file is taken by a folder that isn't empty, so that nothing can be written.
-    const QString obstacle = TestBox::file("F0:KYTEST.IDX.new");
-    QVERIFY(QDir().mkpath(obstacle + "/full"));
-    QVERIFY(TestBox::writeInfo(index, InfoSortExpression, sortBy("NUMB", Ascending)) != PdtmOk);
-    QCOMPARE(TestBox::info(index, InfoSortExpression), sortBy("NAME", Ascending));
-    QVERIFY(_IndexSort(index, box.handle()) != PdtmOk);
-    QCOMPARE(cardsOf(index).size(), 1);
-    QVERIFY(QDir(obstacle).removeRecursively());
-    QCOMPARE(_IndexSort(index, box.handle()), PdtmStatus(PdtmOk));
-    QCOMPARE(QDir(QFileInfo(obstacle).path()).entryList({"*.new"}, QDir::AllEntries).size(), 0);
 }
 
 void IndexTest::onlySixteenBitsAreWritten()
