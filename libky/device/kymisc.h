@@ -8,8 +8,8 @@
 class KY_EXPORT KyMisc
 {
 public:
-    /** The two-letter code of the device's language: the key "Language" of the settings file "locale", else the
-     * environment variable LANG; "en" when that is not exactly two characters long. */
+    /** The two-letter code of the device's language: the key "Language" of the settings file "locale", else
+     * the environment variable LANG; "en" when that is not exactly two characters long. */
     [[nodiscard]] static QString getLanguage();
 };
 

@@ -33,9 +33,9 @@ struct TimeFields
         ppgettime(&value, &year, &month, &day, &hour, &minute, &second, 0);
     }
     [[nodiscard]] QDate date() const { return QDate(year, month, day); }
-    [[nodiscard]] QDateTime asTheyStand(Qt::TimeSpec spec) const
+    [[nodiscard]] QDateTime asTheyStand(Qt::TimeSpec timeSpec) const
     {
-        return QDateTime(date(), QTime(hour, minute, second), spec);
+        return QDateTime(date(), QTime(hour, minute, second), timeSpec);
     }
 };
 
