@@ -81,8 +81,9 @@ QWidget *ContactsPage::makeList()
     m_list->setAlternatingRowColors(true);
     m_list->setAllColumnsShowFocus(true);
     m_list->header()->setStretchLastSection(true);
-    m_list->header()->resizeSection(ContactsModel::Name, 170);
-    m_list->header()->resizeSection(ContactsModel::Reading, 160);
+    const int letter = m_list->fontMetrics().averageCharWidth();
+    m_list->header()->resizeSection(ContactsModel::Name, 24 * letter);
+    m_list->header()->resizeSection(ContactsModel::Reading, 23 * letter);
     connect(m_list, &QTreeView::activated, this, &ContactsPage::editContact);
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &ContactsPage::showSelected);

@@ -12,6 +12,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressDialog>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -27,6 +28,23 @@ QString card(const char *last, const char *first, const char *lastReading, const
     return QString::fromUtf8(Card).arg(QString::fromUtf8(last), QString::fromUtf8(first),
                                        QString::fromUtf8(lastReading), QString::fromUtf8(firstReading));
 }
+
+/* Sees whether a progress dialog comes up while it lives. */
+class ProgressWatcher : public QObject
+{
+public:
+    ProgressWatcher() { qApp->installEventFilter(this); }
+    [[nodiscard]] bool wasShown() const { return m_wasShown; }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        m_wasShown |= event->type() == QEvent::Show && qobject_cast<QProgressDialog *>(watched);
+        return false;
+    }
+
+private:
+    bool m_wasShown = false;
+};
 
 /* A message of the close protocol, as another application sends it. */
 void tellAll(const char *message)
@@ -47,6 +65,8 @@ private slots:
     void importKeepsWhatComesBeforeAndBehindABrokenCard();
     void importOfAMissingFileSaysSo();
     void importTellsOfCategories();
+    void importShowsProgressFrom200Cards_data();
+    void importShowsProgressFrom200Cards();
     void newContactAppearsInItsPlace();
     void contactWithNothingIsRefused();
     void editMovesTheContact();
@@ -162,6 +182,29 @@ void ContactsPageTest::importTellsOfCategories()
            QStringLiteral("BEGIN:VCARD\r\nVERSION:3.0\r\nFN:Ann\r\nN:;Ann;;;\r\nCATEGORIES:Club,Work\r\n"
                           "END:VCARD\r\n"));
     QCOMPARE(page.book()->text(page.book()->cardAt(0), AddressField::Groups), QString("Club, Work"));
+}
+
+void ContactsPageTest::importShowsProgressFrom200Cards_data()
+{
+    QTest::addColumn<int>("cards");
+    QTest::addColumn<bool>("shown");
+    QTest::newRow("199") << 199 << false;
+    QTest::newRow("200") << 200 << true;
+}
+
+void ContactsPageTest::importShowsProgressFrom200Cards()
+{
+    QFETCH(int, cards);
+    QFETCH(bool, shown);
+    QString text;
+    for (int i = 0; i < cards; ++i)
+        text += card("Smith", QByteArray::number(i).constData(), "", "");
+    ContactsPage page;
+    page.show();
+    ProgressWatcher watcher;
+    ContactImport(page.book(), &page).run(write(text));
+    QCOMPARE(watcher.wasShown(), shown);
+    QCOMPARE(page.book()->count(), cards);
 }
 
 void ContactsPageTest::newContactAppearsInItsPlace()
