@@ -250,6 +250,7 @@ void ConfigTest::textsKeepTheirBytes_data()
     QTest::newRow("comment") << "# no comment";
     QTest::newRow("equals") << "= a = b";
     QTest::newRow("backslashes") << "\\n\\\\";
+    QTest::newRow("byte order mark in front") << QString(QChar(0xFEFF)) + "a";
 }
 
 void ConfigTest::textsKeepTheirBytes()
@@ -281,6 +282,7 @@ void ConfigTest::refusesKeysThatDontReadBack_data()
     QTest::addColumn<QString>("key");
     for (const char *key : {"", " a", "a ", "a=b", "a\nb", "a\rb", "[a", "#a"})
         QTest::addRow("'%s'", key) << QString(key);
+    QTest::addRow("byte order mark in front") << QString(QChar(0xFEFF)) + "a";
 }
 
 void ConfigTest::refusesKeysThatDontReadBack()
