@@ -290,7 +290,9 @@ void ConfigTest::refusesKeysThatDontReadBack()
     QFETCH(QString, key);
     {
         Config config(path(), Config::File);
-        QTest::ignoreMessage(QtWarningMsg, qPrintable("a settings file can't hold the key \"" + key + "\""));
+        const QString printed = QString(key).remove(QChar(0xFEFF)); // a message shows no byte order mark
+        QTest::ignoreMessage(QtWarningMsg,
+                             qPrintable("a settings file can't hold the key \"" + printed + "\""));
         config.writeEntry(key, "x");
         QVERIFY(!config.hasKey(key));
     }
