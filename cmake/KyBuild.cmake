@@ -8,6 +8,15 @@ target_compile_options(ky_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wco
 if(KY_TIDY)
   find_program(CLANG_TIDY clang-tidy REQUIRED)
   set(CMAKE_CXX_CLANG_TIDY ${CLANG_TIDY} --quiet)
+  # Of what moc writes nothing is looked at; clang-tidy wants one check.
+  file(WRITE ${CMAKE_BINARY_DIR}/.clang-tidy "Checks: '-*,misc-unused-alias-decls'\n")
+endif()
+
+# libFuzzer looks for its way through everything that is built; its programs get its main() in fuzz/.
+if(KY_BUILD_FUZZERS)
+  set(fuzz_sanitizers -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined)
+  add_compile_options(${fuzz_sanitizers})
+  add_link_options(${fuzz_sanitizers})
 endif()
 
 # One precompiled header for everything that uses the widgets.

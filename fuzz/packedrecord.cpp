@@ -1,5 +1,6 @@
 // A packed record as it may stand in a damaged box.
 #include "fuzzsupport.h"
+#include "record.h"
 
 #include <algorithm>
 

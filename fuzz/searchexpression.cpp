@@ -1,4 +1,5 @@
 // A search expression from outside: parsed, measured, and held against a card that is as hostile.
+#include "everytype.h"
 #include "expression.h"
 #include "fuzzsupport.h"
 

@@ -1,4 +1,5 @@
 // A sort expression from outside, and the key of a card that is as hostile.
+#include "everytype.h"
 #include "fuzzsupport.h"
 #include "sortkey.h"
 

@@ -332,10 +332,8 @@ bool isSearchExprsSame(const char *index, const void *expression, int length)
 
 void GetFullPathName(unsigned char *dst, const char *dir, const char *name)
 {
-    *dst = 0;
-    if (dir != nullptr)
-        std::strcpy(reinterpret_cast<char *>(dst), dir);
-    std::strcat(reinterpret_cast<char *>(dst), name);
+    const QByteArray path = QByteArray(dir) + name;
+    std::memcpy(dst, path.constData(), static_cast<size_t>(path.size()) + 1);
 }
 
 QByteArray SjisString(const QString &text)

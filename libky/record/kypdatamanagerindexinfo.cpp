@@ -21,12 +21,13 @@ void KyPDataManagerIndexInfo::addIndexInfo(const char *indexFile, const char *se
                                            unsigned long sortLength)
 {
     KyPDataManagerIndexEntry entry;
-    if (std::strlen(indexFile) >= sizeof entry.indexFile || searchLength > sizeof entry.searchExp ||
+    const size_t nameLength = std::strlen(indexFile);
+    if (nameLength >= sizeof entry.indexFile || searchLength > sizeof entry.searchExp ||
         sortLength > sizeof entry.sortExp) {
         qDebug("too long indexFname or searchExp or sortExp");
         return;
     }
-    std::strcpy(entry.indexFile, indexFile);
+    std::memcpy(entry.indexFile, indexFile, nameLength + 1);
     entry.searchLength = static_cast<quint32>(searchLength);
     entry.sortLength = static_cast<quint32>(sortLength);
     if (searchLength != 0)

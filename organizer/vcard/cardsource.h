@@ -22,7 +22,7 @@ class CardSource
 {
 public:
     /** Largest card, in bytes without line breaks. */
-    static constexpr qsizetype MaxCard = 16 * 1024 * 1024;
+    static constexpr qsizetype MaxCard = qsizetype{16} * 1024 * 1024;
 
     explicit CardSource(QIODevice *device) : m_lines(device) {}
 

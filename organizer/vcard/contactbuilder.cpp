@@ -28,17 +28,17 @@ QString singleLine(const QString &text)
 }
 
 /** `tel:`, `mailto:` and the like taken off, with what they had to escape. */
-QString withoutScheme(const QString &value, const char *scheme)
+QString withoutScheme(const QString &value, QLatin1String scheme)
 {
-    if (!value.startsWith(QLatin1String(scheme), Qt::CaseInsensitive))
+    if (!value.startsWith(scheme, Qt::CaseInsensitive))
         return value;
-    return QUrl::fromPercentEncoding(value.mid(qstrlen(scheme)).toUtf8());
+    return QUrl::fromPercentEncoding(value.mid(scheme.size()).toUtf8());
 }
 
 QString plainEmail(const QString &value)
 {
     static const QRegularExpression angled(QStringLiteral("<([^<>]+)>"));
-    const QString address = withoutScheme(value.trimmed(), "mailto:");
+    const QString address = withoutScheme(value.trimmed(), QLatin1String("mailto:"));
     const QRegularExpressionMatch match = angled.match(address);
     return (match.hasMatch() ? match.captured(1) : address).simplified().remove(u' ');
 }
@@ -328,7 +328,7 @@ void ContactBuilder::readOrganization(const Property &property)
 
 void ContactBuilder::addTelephone(int field, const Property &property)
 {
-    setField(field, withoutScheme(property.text().trimmed(), "tel:"), property);
+    setField(field, withoutScheme(property.text().trimmed(), QLatin1String("tel:")), property);
 }
 
 void ContactBuilder::readPhone(const Property &property)

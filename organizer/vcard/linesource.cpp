@@ -4,7 +4,7 @@ namespace VCard {
 
 namespace {
 
-constexpr qint64 BlockSize = 64 * 1024;
+constexpr qint64 BlockSize = qint64{64} * 1024;
 constexpr char Utf8Mark[] = "\xEF\xBB\xBF";
 
 } // namespace

@@ -25,7 +25,7 @@ class LineSource
 {
 public:
     /** Longest line that is kept, in bytes; a picture in one line has room in it. */
-    static constexpr qsizetype MaxLine = 4 * 1024 * 1024;
+    static constexpr qsizetype MaxLine = qsizetype{4} * 1024 * 1024;
 
     /** @p device stays the caller's, is open for reading and outlives the source. */
     explicit LineSource(QIODevice *device) : m_device(device) {}

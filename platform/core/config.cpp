@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStringDecoder>
 
 namespace {
 
@@ -19,6 +20,13 @@ QString pathOf(const QString &name, Config::Domain domain)
     return settings + QLatin1Char('/') + name + QStringLiteral(".conf");
 }
 
+/** Unlike QString::fromUtf8() this keeps a U+FEFF in front. */
+QString fromUtf8(const QByteArray &bytes)
+{
+    using Flag = QStringDecoder::Flag;
+    return QStringDecoder(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom).decode(bytes);
+}
+
 bool isHeader(const QByteArray &line)
 {
     return line.startsWith('[') && line.endsWith(']');
@@ -29,7 +37,8 @@ bool isKey(const QString &key)
 {
     const QByteArray bytes = key.toUtf8();
     return !bytes.isEmpty() && bytes == bytes.trimmed() && !bytes.contains('=') && !bytes.contains('\n') &&
-           !bytes.contains('\r') && !bytes.startsWith('[') && !bytes.startsWith('#');
+           !bytes.contains('\r') && !bytes.startsWith('[') && !bytes.startsWith('#') &&
+           !bytes.startsWith(byteOrderMark);
 }
 
 QString onOneLine(QString text)
@@ -245,12 +254,11 @@ void Config::parse(const QByteArray &contents)
         const QByteArray line = rawLine.trimmed();
         const qsizetype equals = line.indexOf('=');
         if (isHeader(line)) {
-            setGroup(QString::fromUtf8(line.mid(1, line.size() - 2)));
-        } else if (const QString key = QString::fromUtf8(line.left(equals).trimmed());
-                   equals > 0 && isKey(key)) {
+            setGroup(fromUtf8(line.mid(1, line.size() - 2)));
+        } else if (const QString key = fromUtf8(line.left(equals).trimmed()); equals > 0 && isKey(key)) {
             if (git == groups.end())
                 setGroup(QString());
-            git.value().insert(key, QString::fromUtf8(line.mid(equals + 1).trimmed()));
+            git.value().insert(key, fromUtf8(line.mid(equals + 1).trimmed()));
         }
     }
 }

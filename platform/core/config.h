@@ -56,8 +56,8 @@ public:
      */
     [[nodiscard]] QStringList readListEntry(const QString &key, QChar separator) const;
 
-    /** A key that is empty, has '=' or a line break in it, begins with '[' or '#' or has blanks at an end
-     * couldn't be read again: it is refused with a warning. */
+    /** A key that is empty, has '=' or a line break in it, begins with '[', '#' or a byte order mark or has
+     * blanks at an end couldn't be read again: it is refused with a warning. */
     void writeEntry(const QString &key, const QString &value);
     void writeEntry(const QString &key, const char *value);
     void writeEntry(const QString &key, int value);

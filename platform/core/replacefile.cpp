@@ -1,3 +1,4 @@
+#include "descriptor_p.h"
 #include "replacefile_p.h"
 
 #include <cerrno>
@@ -12,22 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    Q_DISABLE_COPY_MOVE(Descriptor)
-    operator int() const { return m_fd; }
-
-private:
-    int m_fd;
-};
 
 /** False when another writer has renamed the file between our open and our lock. */
 bool isStillAt(int fd, const QByteArray &path)
@@ -74,10 +59,10 @@ bool replaceTarget(const QByteArray &target, const QByteArray &contents)
     const QByteArray temporary = target + ".new";
     for (;;) {
         const Descriptor fd(::open(temporary.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
-        if (fd < 0 || ::flock(fd, LOCK_EX) != 0)
+        if (fd.get() < 0 || ::flock(fd.get(), LOCK_EX) != 0)
             return false;
-        if (isStillAt(fd, temporary))
-            return fillAndRename(fd, temporary, target, contents);
+        if (isStillAt(fd.get(), temporary))
+            return fillAndRename(fd.get(), temporary, target, contents);
     }
 }
 

@@ -27,7 +27,8 @@ bool isApplicationChannel(const QByteArray &channel)
 
 QString applicationService(const QByteArray &channel)
 {
-    return SessionBus::serviceName(QStringLiteral("application"), channel.mid(qstrlen(ApplicationPrefix)));
+    return SessionBus::serviceName(QStringLiteral("application"),
+                                   channel.mid(qsizetype(qstrlen(ApplicationPrefix))));
 }
 
 void warnOnceOfMissingBus()

@@ -21,7 +21,7 @@ class KY_EXPORT QCopChannel : public QObject
     Q_OBJECT
 public:
     /** Longest payload of a message, in bytes. */
-    static constexpr qsizetype MaximumData = 32 * 1024 * 1024;
+    static constexpr qsizetype MaximumData = qsizetype{32} * 1024 * 1024;
 
     explicit QCopChannel(const QByteArray &channel, QObject *parent = nullptr, const char *name = nullptr);
     ~QCopChannel() override;

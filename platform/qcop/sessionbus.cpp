@@ -1,4 +1,5 @@
 #include "sessionbus.h"
+#include "descriptor_p.h"
 #include <cstring>
 #include <poll.h>
 #include <QCryptographicHash>
@@ -18,22 +19,6 @@ constexpr qsizetype LongestName = 150; // keeps a bus name below its limit of 25
 
 enum NameFlag : quint32 { Queue = 0, DoNotQueue = 4 };
 enum NameReply : quint32 { PrimaryOwner = 1, AlreadyOwner = 4 };
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    Q_DISABLE_COPY_MOVE(Descriptor)
-    [[nodiscard]] int get() const { return m_fd; }
-
-private:
-    int m_fd;
-};
 
 /** Value of a key in a bus address such as unix:path=/run/bus,guid=0123; null when it isn't there. */
 QByteArray addressValue(const QByteArray &address, const QByteArray &key)

@@ -127,6 +127,12 @@ PdtmStatus fileTestStatus(PdtmStatus status)
     return isListed ? status : PdtmStatus(PdtmDamaged);
 }
 
+/** Locks the box for being made or removed. */
+PdtmStatus lockFolderEntry(BoxLock &lock, const std::string &real)
+{
+    return canWriteFolder(real) ? lock.acquire(real) : PdtmStatus(PdtmReadOnly);
+}
+
 } // namespace
 
 PdtmStatus _BoxCreate(const char *path, uint32_t applicationId)
@@ -138,10 +144,8 @@ PdtmStatus _BoxCreate(const char *path, uint32_t applicationId)
         return PdtmExists;
     if (!fileIdentity(folderOf(real)))
         return PdtmMissing;
-    if (!canWriteFolder(real))
-        return PdtmReadOnly;
     BoxLock lock;
-    if (const PdtmStatus status = lock.acquire(real); status != PdtmOk)
+    if (const PdtmStatus status = lockFolderEntry(lock, real); status != PdtmOk)
         return status;
     const PdtmStatus status = fileIdentity(real) ? PdtmStatus(PdtmExists) : makeBox(real, applicationId);
     if (status == PdtmOk)
@@ -156,10 +160,8 @@ PdtmStatus _BoxDelete(const char *path)
         return PdtmBadArgument;
     if (!fileIdentity(real))
         return PdtmMissing;
-    if (!canWriteFolder(real))
-        return PdtmReadOnly;
     BoxLock lock;
-    if (const PdtmStatus status = lock.acquire(real); status != PdtmOk)
+    if (const PdtmStatus status = lockFolderEntry(lock, real); status != PdtmOk)
         return status;
     BoxRegistry::instance().forget(real);
     const PdtmStatus status = removeFile(real);

@@ -82,14 +82,15 @@ PdtmStatus _CardRead(uint32_t handle, const CardItemKey *key, void *buffer, uint
     const OpenHandle *open = find(handle);
     if (!open || !key || !size || (!buffer && *size > 0))
         return PdtmBadArgument;
+    const uint32_t room = *size;
     if (const PdtmStatus status = open->box->refresh(); status != PdtmOk)
         return status;
     const ItemDescription *item = nullptr;
     Bytes value;
     if (const PdtmStatus status = findItem(*open->box, *key, item, value); status != PdtmOk)
         return status;
-    const bool fits = value.size() <= *size;
-    if (fits && !value.empty())
+    const bool fits = value.size() <= room;
+    if (buffer && fits && !value.empty())
         std::memcpy(buffer, value.data(), value.size());
     *size = static_cast<uint32_t>(value.size());
     return fits ? PdtmOk : PdtmTooShort;

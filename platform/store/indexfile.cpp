@@ -20,7 +20,7 @@ namespace {
 constexpr char Magic[8] = {'P', 'D', 'T', 'M', 'I', 'D', 'X', '1'};
 constexpr size_t HeadSize = 24; // magic, u32 length, u32 zero, u64 checksum
 constexpr size_t TailSize = 24; // u64 checksum, u32 length, u32 zero, magic
-constexpr size_t MaximumDefinition = 64 * 1024;
+constexpr size_t MaximumDefinition = size_t{64} * 1024;
 constexpr size_t FirstRead = 4096;
 constexpr size_t BytesPerCard = sizeof(CardId) + 1 + sizeof(uint32_t); // id, attribute, end of its key
 constexpr uint32_t MaximumKeyBytes = 256U * 1024 * 1024;

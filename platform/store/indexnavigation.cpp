@@ -7,8 +7,8 @@ namespace pdtm {
 
 namespace {
 
-constexpr size_t MaximumExpression =
-    64 * 1024; // bytes looked at in an expression that comes without its length
+/** Bytes looked at in an expression that comes without its length. */
+constexpr size_t MaximumExpression = size_t{64} * 1024;
 constexpr int SteppedCards =
     4096; // a search reads so many cards in index order, then the rest in memory order
 
@@ -38,6 +38,13 @@ template <typename Lookup> PdtmStatus lookUp(const char *path, uint16_t *result,
         const PdtmStatus status = registry().use(path, index);
         return status == PdtmOk ? found(lookup(index->order()), result) : status;
     });
+}
+
+/** An index and the box that it is made for. */
+PdtmStatus indexAndBox(const char *path, uint32_t handle, Index *&index, std::shared_ptr<BoxFile> &box)
+{
+    const PdtmStatus status = registry().use(path, index);
+    return status == PdtmOk ? boxOf(handle, *index, box) : status;
 }
 
 /** Parses an expression whose length isn't known; null is the empty one. */
@@ -160,11 +167,8 @@ PdtmStatus searchMatch(const char *path, uint32_t handle, const void *expression
         return PdtmBadArgument;
     }
     Index *index = nullptr;
-    PdtmStatus status = registry().use(path, index);
     std::shared_ptr<BoxFile> box;
-    if (status == PdtmOk) {
-        status = boxOf(handle, *index, box);
-    }
+    PdtmStatus status = indexAndBox(path, handle, index, box);
     uint16_t match = 0;
     if (status == PdtmOk) {
         status = Scan(index->order(), *box, *expression, visibility).search(start, backward, match);
@@ -227,11 +231,8 @@ PdtmStatus _IndexNoAppend(const char *path, uint32_t handle, uint16_t card, uint
             return PdtmBadArgument;
         }
         Index *index = nullptr;
-        PdtmStatus status = registry().use(path, index);
         std::shared_ptr<BoxFile> box;
-        if (status == PdtmOk) {
-            status = boxOf(handle, *index, box);
-        }
+        const PdtmStatus status = indexAndBox(path, handle, index, box);
         return status == PdtmOk ? appendCard(*index, *box, card, indexNumber) : status;
     });
 }

@@ -240,6 +240,17 @@ PdtmStatus indexAndBox(const char *path, uint32_t handle, Index *&index, std::sh
     return status == PdtmOk ? boxOf(handle, *index, box) : status;
 }
 
+/** Sets the order of the definition's own sort expression; false when that is malformed. */
+bool orderAsDefined(IndexDefinition &definition)
+{
+    const std::string expression = definition.sortExpression.value_or(std::string());
+    if (!SortExpression::parse(bytesOf(expression))) {
+        return false;
+    }
+    setOrder(definition, expression);
+    return true;
+}
+
 PdtmStatus sortIndex(const char *path, uint32_t handle)
 {
     Index *index = nullptr;
@@ -249,11 +260,9 @@ PdtmStatus sortIndex(const char *path, uint32_t handle)
         return status;
     }
     IndexDefinition definition = index->definition();
-    const std::string expression = definition.sortExpression.value_or(std::string());
-    if (!SortExpression::parse(bytesOf(expression))) {
+    if (!orderAsDefined(definition)) {
         return PdtmBadArgument;
     }
-    setOrder(definition, expression);
     return fill(*index, *box, std::move(definition),
                 [index](CardId card, RecordView) { return index->order().contains(card); });
 }
@@ -261,11 +270,9 @@ PdtmStatus sortIndex(const char *path, uint32_t handle)
 /** Prepares the definition of a group or ungroup; false when an expression is malformed. */
 bool prepare(IndexDefinition &definition, const BoxFile &box)
 {
-    const std::string expression = definition.sortExpression.value_or(std::string());
-    if (!SortExpression::parse(bytesOf(expression))) {
+    if (!orderAsDefined(definition)) {
         return false;
     }
-    setOrder(definition, expression);
     definition.filled = true;
     if (definition.boxName.empty()) {
         definition.boxName = box.path().substr(directoryPart(box.path()).size()) + '\0';
@@ -337,8 +344,11 @@ PdtmStatus group(const char *parentPath, const char *path, uint32_t handle)
 
 PdtmStatus indexName(const char *boxPath, uint32_t ordinal, char *path, uint32_t room, uint32_t *permanent)
 {
-    const std::string real = boxPath != nullptr ? realPath(boxPath) : std::string();
-    if (real.empty() || path == nullptr || ordinal == 0) {
+    if (boxPath == nullptr || path == nullptr || ordinal == 0) {
+        return PdtmBadArgument;
+    }
+    const std::string real = realPath(boxPath);
+    if (real.empty()) {
         return PdtmBadArgument;
     }
     const std::string folder = directoryPart(real);

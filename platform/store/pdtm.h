@@ -32,23 +32,23 @@ typedef uint16_t PdtmStatus;
 /** The values of PdtmStatus. */
 enum {
     PdtmOk = 0,
-    PdtmBadArgument = 1,      /**< a null pointer, an invalid path, an unknown handle or information id */
-    PdtmMissing = 64,         /**< no such file */
-    PdtmNoSuchCard = 65,      /**< no such card, or the card is not in the index */
-    PdtmNone = 66,            /**< nothing found, or the information is not there */
-    PdtmExists = 67,          /**< the file exists already */
-    PdtmTooShort = 68,        /**< the buffer is too short, or memory ran out */
-    PdtmNoSuchItem = 69,      /**< the box has no item of that code */
-    PdtmDamaged = 70,         /**< the file is no box or index, or its contents contradict themselves */
-    PdtmOutOfSpace = 71,      /**< the volume is full, or the card ids are used up */
-    PdtmAlreadyInIndex = 72,  /**< the card is in the index already */
-    PdtmReadOnly = 73,        /**< the handle, the file or its folder can't be written */
-    PdtmBusy = 74,            /**< somebody else has the box in mode 0 */
-    PdtmWrongApplication = 75,/**< the box belongs to another application id */
-    PdtmIoError = 76,         /**< reading or writing failed */
-    PdtmOtherLanguage = 135,  /**< the file was made under another language code */
-    PdtmNothingToSort = 225,  /**< the index holds no card */
-    PdtmGroupFailed = 254     /**< grouping failed: no parent, or a malformed expression */
+    PdtmBadArgument = 1,       /**< a null pointer, an invalid path, an unknown handle or information id */
+    PdtmMissing = 64,          /**< no such file */
+    PdtmNoSuchCard = 65,       /**< no such card, or the card is not in the index */
+    PdtmNone = 66,             /**< nothing found, or the information is not there */
+    PdtmExists = 67,           /**< the file exists already */
+    PdtmTooShort = 68,         /**< the buffer is too short, or memory ran out */
+    PdtmNoSuchItem = 69,       /**< the box has no item of that code */
+    PdtmDamaged = 70,          /**< the file is no box or index, or its contents contradict themselves */
+    PdtmOutOfSpace = 71,       /**< the volume is full, or the card ids are used up */
+    PdtmAlreadyInIndex = 72,   /**< the card is in the index already */
+    PdtmReadOnly = 73,         /**< the handle, the file or its folder can't be written */
+    PdtmBusy = 74,             /**< somebody else has the box in mode 0 */
+    PdtmWrongApplication = 75, /**< the box belongs to another application id */
+    PdtmIoError = 76,          /**< reading or writing failed */
+    PdtmOtherLanguage = 135,   /**< the file was made under another language code */
+    PdtmNothingToSort = 225,   /**< the index holds no card */
+    PdtmGroupFailed = 254      /**< grouping failed: no parent, or a malformed expression */
 };
 
 /** Item types: the first byte of ITEMDATA. */
@@ -83,39 +83,43 @@ enum {
     PdtmFirstReservedCard = 0xFF00, /**< ids from here on are scratch cards and never in an index */
     PdtmWorkCard = 0xFF00,          /**< scratch copy of the card being edited */
     PdtmLastOrdinaryCard = 0xFEFF,
-    PdtmUnfiledCategory = 254,      /**< in a category term: the cards with no category at all */
-    PdtmInfoRoom = 50               /**< an index information other than the name has at most this many bytes */
+    PdtmUnfiledCategory = 254, /**< in a category term: the cards with no category at all */
+    PdtmInfoRoom = 50          /**< an index information other than the name has at most this many bytes */
 };
 
 /** Index information ids. */
 enum {
-    InfoBoxName = 1,          /**< base name of the box, terminator included */
+    InfoBoxName = 1, /**< base name of the box, terminator included */
     InfoSortExpression = 2,
     InfoSearchExpression = 3,
-    InfoSubset = 32           /**< one byte of value 1: the index holds a subset */
+    InfoSubset = 32 /**< one byte of value 1: the index holds a subset */
 };
 
 /** Description of an item, 44 bytes. */
-typedef struct ITEMDATA {
-    uint8_t type;    /**< ItemTextSjis ... ItemUlong */
-    uint8_t kind;    /**< KindTime ... KindText */
-    char code[4];    /**< exactly four bytes, no terminator */
-    char label[38];  /**< UTF-8, at most 37 bytes used, rest zero */
+typedef struct ITEMDATA
+{
+    uint8_t type;   /**< ItemTextSjis ... ItemUlong */
+    uint8_t kind;   /**< KindTime ... KindText */
+    char code[4];   /**< exactly four bytes, no terminator */
+    char label[38]; /**< UTF-8, at most 37 bytes used, rest zero */
 } ITEMDATA;
 
 /** Names an item of a card, 6 bytes. */
-typedef struct CardItemKey {
+typedef struct CardItemKey
+{
     uint16_t card;
     char code[4];
 } CardItemKey;
 
 /** A moment or a date, opaque; its five bytes order as time does. See ppsettime(). */
-typedef struct PTimeValue {
+typedef struct PTimeValue
+{
     uint8_t bytes[5];
 } PTimeValue;
 
 /** An item of an open box, as PioExtBoxInfo lists it. */
-typedef struct PioExtItem {
+typedef struct PioExtItem
+{
     char code[4];
     uint8_t type;
     uint8_t kind;
@@ -125,12 +129,13 @@ typedef struct PioExtItem {
 } PioExtItem;
 
 /** In-memory description of an open box. */
-typedef struct PioExtBoxInfo {
-    char secondSortItem[4];      /**< first byte 0: there is none */
+typedef struct PioExtBoxInfo
+{
+    char secondSortItem[4]; /**< first byte 0: there is none */
     uint8_t secondSortAscending;
-    char defaultSearchItem[4];   /**< first byte 0: there is none */
+    char defaultSearchItem[4]; /**< first byte 0: there is none */
     uint8_t itemCount;
-    PioExtItem *items;           /**< indexed by item number minus one; the declared items, then the implicit */
+    PioExtItem *items; /**< indexed by item number minus one; the declared items, then the implicit */
 } PioExtBoxInfo;
 
 /** @name Boxes
@@ -151,8 +156,8 @@ PDTM_EXPORT PdtmStatus _BoxDelete(const char *path);
 PDTM_EXPORT uint32_t _BoxOpen(const char *path);
 
 /** Opens a box.
- * @param mode 0: read and write; one holder at a time, in this process too. 1: read only, never conflicts, and
- *        each call reads the newest commit
+ * @param mode 0: read and write; one holder at a time, in this process too. 1: read only, never conflicts,
+ * and each call reads the newest commit
  * @return the handle, 0 on failure. Never waits */
 PDTM_EXPORT uint32_t _BoxOpenRwMode(const char *path, uint8_t mode);
 
@@ -171,8 +176,9 @@ PDTM_EXPORT PdtmStatus _GetBoxGarbageSize(const char *path, uint32_t *size);
 /** Adds the items that the box lacks, in the order given. An item that exists keeps its type and label.
  * Succeeds beside a holder when nothing is to be added.
  * @param added non-zero when any item was added
- * @return PdtmBusy when items are to be added and somebody has the box in mode 0, PdtmOutOfSpace, PdtmTooShort
- *         (more than 251 items), PdtmReadOnly, PdtmMissing, PdtmDamaged, PdtmBadArgument (an unknown type) */
+ * @return PdtmBusy when items are to be added and somebody has the box in mode 0, PdtmOutOfSpace,
+ * PdtmTooShort (more than 251 items), PdtmReadOnly, PdtmMissing, PdtmDamaged, PdtmBadArgument (an unknown
+ * type) */
 PDTM_EXPORT PdtmStatus _BoxItemAppend(const char *path, const ITEMDATA *items, int count, uint32_t *added);
 
 /** Fills an ITEMDATA for a code. The caller's buffer is left alone for an unknown code.
@@ -191,8 +197,8 @@ PDTM_EXPORT PdtmStatus _DTMFileCheckLevel(const char *path, int level);
 PDTM_EXPORT PioExtBoxInfo *_PioNewExtBoxInfo(const char *path, uint32_t handle);
 PDTM_EXPORT void _PioDisposeExtBoxInfo(PioExtBoxInfo *info);
 
-/** Item number of a code, from 1; 0 when unknown. The exact code is tried first, then the code with the case of
- * its first letter folded. */
+/** Item number of a code, from 1; 0 when unknown. The exact code is tried first, then the code with the case
+ * of its first letter folded. */
 PDTM_EXPORT uint32_t _PioExtGetItemNo(const PioExtBoxInfo *info, const char *code);
 
 /** Number of the item with the pronunciation of this one: 0, no box declares such pairs. */
@@ -229,7 +235,8 @@ PDTM_EXPORT PdtmStatus _CardAllDelete(uint32_t handle, uint8_t mask, uint8_t val
 /** Reads an item.
  * @param buffer may be null when @p size is 0, to learn the length
  * @param size in: the room; out: the length of the item
- * @return PdtmTooShort (nothing copied), PdtmNoSuchCard, PdtmNoSuchItem. An item never written has length 0 */
+ * @return PdtmTooShort (nothing copied), PdtmNoSuchCard, PdtmNoSuchItem. An item never written has length 0
+ */
 PDTM_EXPORT PdtmStatus _CardRead(uint32_t handle, const CardItemKey *key, void *buffer, uint32_t *size);
 
 /** Writes an item; size 0 clears it. */
@@ -286,7 +293,8 @@ PDTM_EXPORT PdtmStatus _IndexInfoWrite(const char *path, int id, const void *buf
 
 /** As _IndexInfoWrite(), and refuses what the index can't hold (PdtmTooShort) or what is malformed
  * (PdtmBadArgument). */
-PDTM_EXPORT PdtmStatus _IndexInfoWriteWithCheck(const char *path, int id, const void *buffer, uint16_t length);
+PDTM_EXPORT PdtmStatus _IndexInfoWriteWithCheck(const char *path, int id, const void *buffer,
+                                                uint16_t length);
 
 /** Sorts anew by the stored expression; PdtmNothingToSort on an index with no cards. */
 PDTM_EXPORT PdtmStatus _IndexSort(const char *path, uint32_t handle);
@@ -313,7 +321,8 @@ PDTM_EXPORT PdtmStatus _IndexSearch(const char *path, uint32_t handle, const voi
 
 /** Puts one card in at its sorted place, whether it satisfies the condition or not. PdtmAlreadyInIndex (with
  * its index number), PdtmNoSuchCard, PdtmBadArgument for a reserved id */
-PDTM_EXPORT PdtmStatus _IndexNoAppend(const char *path, uint32_t handle, uint16_t card, uint16_t *indexNumber);
+PDTM_EXPORT PdtmStatus _IndexNoAppend(const char *path, uint32_t handle, uint16_t card,
+                                      uint16_t *indexNumber);
 
 /** Takes one card out; PdtmNone when there is no such index number. */
 PDTM_EXPORT PdtmStatus _IndexNoDelete(const char *path, uint16_t indexNumber);
@@ -325,8 +334,8 @@ PDTM_EXPORT PdtmStatus _IndexNoToCardID(const char *path, uint16_t indexNumber, 
 PDTM_EXPORT PdtmStatus _CardIDToIndexNo(const char *path, uint16_t card, uint16_t *indexNumber);
 
 /** Ordinal, from 1, of an index number among the visible cards; PdtmNone. The flag is 0. */
-PDTM_EXPORT PdtmStatus _IndexNoToNumber(const char *path, uint8_t mask, uint8_t value, uint8_t third, int flag,
-                                        uint16_t indexNumber, uint16_t *number);
+PDTM_EXPORT PdtmStatus _IndexNoToNumber(const char *path, uint8_t mask, uint8_t value, uint8_t third,
+                                        int flag, uint16_t indexNumber, uint16_t *number);
 
 /** Index number of the n-th visible card behind the start position.
  * @param direction 0 forward, 1 backward @param indexNumber in: where to start; out: the result. PdtmNone */
@@ -348,8 +357,8 @@ PDTM_EXPORT PdtmStatus _PrevIndexNo(const char *path, uint8_t mask, uint8_t valu
 /** Sets the language code for text order and file checks, such as "ja"; Japanese until it is called. */
 PDTM_EXPORT PdtmStatus DtmSetLanguage(const char *language);
 
-/** Pointer into @p path at the base name, null for an invalid path: an empty one, one longer than 255 bytes, one
- * that names another drive, one without a base name. */
+/** Pointer into @p path at the base name, null for an invalid path: an empty one, one longer than 255 bytes,
+ * one that names another drive, one without a base name. */
 PDTM_EXPORT const char *DtmGetBaseNamePtr(const char *path);
 
 /** Turns a logical path into a file system path. @param destination 4096 bytes */
@@ -359,7 +368,8 @@ PDTM_EXPORT PdtmStatus FileGetRealPath(char *destination, const char *logicalPat
  * bytes */
 PDTM_EXPORT PdtmStatus GetBuiltinStorageDtmPath(char *destination);
 
-/** Folder of the boxes on a card, relative to its mount point: "/Applications/dtm". @param destination 64 bytes */
+/** Folder of the boxes on a card, relative to its mount point: "/Applications/dtm". @param destination 64
+ * bytes */
 PDTM_EXPORT PdtmStatus GetExternalStorageDtmPath(char *destination);
 
 /** Completes a name such as `ppinKYA0.` to a name in @p directory that doesn't exist yet, counting up in the
@@ -381,8 +391,8 @@ PDTM_EXPORT int DtmIsEnoughStorageForOperation(uint32_t handle, int kind);
 /** Test of the store's data of this process: 0 when it is in order. */
 PDTM_EXPORT PdtmStatus CheckFINFO(void);
 
-/** Builds a PTimeValue. Years 0 to 9999, months 0 to 15, days and hours 0 to 31, minutes and seconds 0 to 63 are
- * kept; hour 31, minute 63, second 63 mean a date with no time. PdtmBadArgument outside these */
+/** Builds a PTimeValue. Years 0 to 9999, months 0 to 15, days and hours 0 to 31, minutes and seconds 0 to 63
+ * are kept; hour 31, minute 63, second 63 mean a date with no time. PdtmBadArgument outside these */
 PDTM_EXPORT PdtmStatus ppsettime(void *destination, int year, int month, int day, int hour, int minute,
                                  int second);
 

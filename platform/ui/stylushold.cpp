@@ -45,7 +45,7 @@ bool StylusHold::handleMouse(const QMouseEvent *event)
         return true;
     }
     const QPointF way = event->globalPosition() - m_globalPosition;
-    const qreal limit = HoldDistance * qt_currentDpi() / 72;
+    const int limit = HoldDistance * qt_currentDpi() / 72;
     if (type != QEvent::MouseMove || way.manhattanLength() > limit)
         m_timer.stop();
     return m_held && type == QEvent::MouseMove;

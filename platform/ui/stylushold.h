@@ -2,6 +2,7 @@
 #define STYLUSHOLD_H
 
 #include <QBasicTimer>
+#include <QEvent>
 #include <QObject>
 #include <QPoint>
 

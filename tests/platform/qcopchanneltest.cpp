@@ -6,6 +6,7 @@
 #include "qpeapplication.h"
 #include <cstring>
 #include <memory>
+#include <QDialog>
 #include <QtTest>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -97,7 +98,7 @@ int listenAndTell(int argc, char **argv)
 int sendAndLeave(int argc, char **argv)
 {
     QPEApplication application(argc, argv, "sender");
-    for (int i = 0; i < atoi(argv[3]); ++i)
+    for (int i = 0; i < QByteArray(argv[3]).toInt(); ++i)
         QCopChannel::send(argv[2], number(i));
     return 0;
 }

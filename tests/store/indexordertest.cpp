@@ -72,7 +72,7 @@ void IndexOrderTest::agreesWithASortedList()
     IndexOrder order;
     Model model;
     for (int round = 0; round < 3000; ++round) {
-        const auto card = static_cast<CardId>(1 + random.bounded(3) * 30000U + random.bounded(400U));
+        const auto card = static_cast<CardId>(1 + random.bounded(3U) * 30000U + random.bounded(400U));
         if (model.contains(card) && random.bounded(3) == 0) {
             order.remove(card);
             model.erase(card);
