@@ -1,4 +1,4 @@
-#include "sessionbus.h"
+#include "sessionbus_p.h"
 #include <cstring>
 #include <poll.h>
 #include <QCryptographicHash>
