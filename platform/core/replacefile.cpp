@@ -1,3 +1,4 @@
+#include "descriptor_p.h"
 #include "replacefile_p.h"
 
 #include <cerrno>
@@ -12,22 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    Q_DISABLE_COPY_MOVE(Descriptor)
-    operator int() const { return m_fd; }
-
-private:
-    int m_fd;
-};
 
 /** False when another writer has renamed the file between our open and our lock. */
 bool isStillAt(int fd, const QByteArray &path)

@@ -1,3 +1,4 @@
+#include "descriptor_p.h"
 #include "sessionbus_p.h"
 #include <cstring>
 #include <poll.h>
@@ -18,22 +19,6 @@ constexpr qsizetype LongestName = 150; // keeps a bus name below its limit of 25
 
 enum NameFlag : quint32 { Queue = 0, DoNotQueue = 4 };
 enum NameReply : quint32 { PrimaryOwner = 1, AlreadyOwner = 4 };
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    Q_DISABLE_COPY_MOVE(Descriptor)
-    [[nodiscard]] int get() const { return m_fd; }
-
-private:
-    int m_fd;
-};
 
 /** Value of a key in a bus address such as unix:path=/run/bus,guid=0123; null when it isn't there. */
 QByteArray addressValue(const QByteArray &address, const QByteArray &key)
@@ -72,14 +57,14 @@ bool connectTo(int fd, const QByteArray &name)
 bool answers(const QByteArray &address)
 {
     const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (socket.get() < 0 || !connectTo(socket.get(), socketName(address)))
+    if (socket < 0 || !connectTo(socket, socketName(address)))
         return false;
     const QByteArray login = '\0' + ("AUTH EXTERNAL " + QByteArray::number(::getuid()).toHex()) + "\r\n";
-    if (::send(socket.get(), login.constData(), size_t(login.size()), MSG_NOSIGNAL) != login.size())
+    if (::send(socket, login.constData(), size_t(login.size()), MSG_NOSIGNAL) != login.size())
         return false;
-    pollfd wait{socket.get(), POLLIN, 0};
+    pollfd wait{socket, POLLIN, 0};
     char reply = 0;
-    return ::poll(&wait, 1, ProbeTimeout) == 1 && ::recv(socket.get(), &reply, 1, 0) == 1;
+    return ::poll(&wait, 1, ProbeTimeout) == 1 && ::recv(socket, &reply, 1, 0) == 1;
 }
 
 QByteArray configuredAddress()
