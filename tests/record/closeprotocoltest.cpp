@@ -489,6 +489,12 @@ void CloseProtocolTest::boxThatCannotBeLetGo()
     tell(manager, OpenFile, box.path());
     QVERIFY(!privateOf(manager).waitingOpenAgain);
     QVERIFY(addCard(manager, QStringLiteral("a")) != 0);
+    Traffic traffic;
+    refuseClose = true;
+    tell(manager, CloseFile, box.path());
+    refuseClose = false;
+    QVERIFY(manager.close());
+    QVERIFY(traffic.messages().isEmpty()); // who asked for the box sends the openFile
 }
 
 void CloseProtocolTest::destructionWhileWaitingIsSilent()
