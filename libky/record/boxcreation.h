@@ -1,5 +1,5 @@
-#ifndef BOXCREATION_H
-#define BOXCREATION_H
+#ifndef KY_BOXCREATION_H
+#define KY_BOXCREATION_H
 
 /**
  * @file boxcreation.h

@@ -1,25 +1,14 @@
 #include "kypdatabase.h"
-#include <array>
-#include <cstring>
+#include "kypdatamanager_p.h"
 
 namespace KyPDtm {
 
 namespace {
 
-/** Code of a field with a terminator behind it. */
-class FieldCode
+ItemCode codeOf(const KyPDataBaseItemInfo &fields, int field)
 {
-public:
-    FieldCode(const KyPDataBaseItemInfo &fields, int field)
-    {
-        const KyPdbItemInfo info = fields.itemInfo(field);
-        std::memcpy(m_text.data(), info.code, sizeof info.code);
-    }
-    operator const char *() const { return m_text.data(); }
-
-private:
-    std::array<char, 5> m_text = {};
-};
+    return ItemCode(fields.itemInfo(field).code);
+}
 
 } // namespace
 
@@ -33,83 +22,83 @@ KyPDataBase::~KyPDataBase() = default;
 
 QString KyPDataBase::readField(int field, unsigned long card) const
 {
-    return readItem(FieldCode(*fields, field), card);
+    return readItem(codeOf(*fields, field).text, card);
 }
 
 QDateTime KyPDataBase::readTimeField(int field, unsigned long card, bool utc) const
 {
-    return readTimeItem(FieldCode(*fields, field), card, utc);
+    return readTimeItem(codeOf(*fields, field).text, card, utc);
 }
 
 QDate KyPDataBase::readDateField(int field, unsigned long card) const
 {
-    return readDateItem(FieldCode(*fields, field), card);
+    return readDateItem(codeOf(*fields, field).text, card);
 }
 
 int KyPDataBase::readUcharField(int field, unsigned long card) const
 {
-    return readUcharItem(FieldCode(*fields, field), card);
+    return readUcharItem(codeOf(*fields, field).text, card);
 }
 
 int KyPDataBase::readUshortField(int field, unsigned long card) const
 {
-    return readUshortItem(FieldCode(*fields, field), card);
+    return readUshortItem(codeOf(*fields, field).text, card);
 }
 
 unsigned long KyPDataBase::readUlongField(int field, unsigned long card) const
 {
     unsigned long value = 0;
-    return readUlongItem(FieldCode(*fields, field), &value, card) ? value : 0;
+    return readUlongItem(codeOf(*fields, field).text, &value, card) ? value : 0;
 }
 
 bool KyPDataBase::clearField(int field)
 {
-    return clearItem(FieldCode(*fields, field));
+    return clearItem(codeOf(*fields, field).text);
 }
 
 bool KyPDataBase::writeField(int field, const char *data, unsigned long size)
 {
-    return writeItem(FieldCode(*fields, field), data, size);
+    return writeItem(codeOf(*fields, field).text, data, size);
 }
 
 bool KyPDataBase::writeField(int field, const QDateTime &time)
 {
-    return writeItem(FieldCode(*fields, field), time);
+    return writeItem(codeOf(*fields, field).text, time);
 }
 
 bool KyPDataBase::writeField(int field, const QDate &date)
 {
-    return writeItem(FieldCode(*fields, field), date);
+    return writeItem(codeOf(*fields, field).text, date);
 }
 
 bool KyPDataBase::writeField(int field, const QString &text)
 {
-    return writeItem(FieldCode(*fields, field), text);
+    return writeItem(codeOf(*fields, field).text, text);
 }
 
 bool KyPDataBase::writeField(int field, unsigned char value)
 {
-    return writeItem(FieldCode(*fields, field), value);
+    return writeItem(codeOf(*fields, field).text, value);
 }
 
 bool KyPDataBase::writeField(int field, unsigned short value)
 {
-    return writeItem(FieldCode(*fields, field), value);
+    return writeItem(codeOf(*fields, field).text, value);
 }
 
 bool KyPDataBase::writeField(int field, unsigned long value)
 {
-    return writeItem(FieldCode(*fields, field), value);
+    return writeItem(codeOf(*fields, field).text, value);
 }
 
 int KyPDataBase::readFieldType(int field) const
 {
-    return readItemType(FieldCode(*fields, field));
+    return readItemType(codeOf(*fields, field).text);
 }
 
 int KyPDataBase::nameToFieldId(int field) const
 {
-    return nameToItemId(FieldCode(*fields, field));
+    return nameToItemId(codeOf(*fields, field).text);
 }
 
 QByteArray KyPDataBase::itemName(int field) const

@@ -42,12 +42,17 @@ public:
      * is the current card.
      * @{ */
 
+    /** readItem(). */
     [[nodiscard]] QString readField(int field, unsigned long card = 0) const;
+    /** readTimeItem(). */
     [[nodiscard]] QDateTime readTimeField(int field, unsigned long card = 0, bool utc = false) const;
     /** A flag in the place of the card is a mistake. */
-    QDateTime readTimeField(int field, bool utc) const = delete;
+    template <std::same_as<bool> Flag> QDateTime readTimeField(int field, Flag utc) const = delete;
+    /** readDateItem(). */
     [[nodiscard]] QDate readDateField(int field, unsigned long card = 0) const;
+    /** readUcharItem(). */
     [[nodiscard]] int readUcharField(int field, unsigned long card = 0) const;
+    /** readUshortItem(). */
     [[nodiscard]] int readUshortField(int field, unsigned long card = 0) const;
     /** The value; 0 on failure too, which can't be told from a stored 0. */
     [[nodiscard]] unsigned long readUlongField(int field, unsigned long card = 0) const;
@@ -82,23 +87,23 @@ public:
     /** @name Names of the standard boxes and their indexes
      * @{ */
 
-    [[nodiscard]] static QByteArray addressbookFileName(bool bare);
-    [[nodiscard]] static QByteArray todolistFileName(bool bare);
-    [[nodiscard]] static QByteArray datebookFileName(bool bare);
-    [[nodiscard]] static QByteArray memoFileName(bool bare);
-    [[nodiscard]] static QByteArray mailInboxFileName(int storage);
-    [[nodiscard]] static QByteArray mailOutboxFileName(int storage);
+    [[nodiscard]] static QByteArray addressbookFileName(bool bare);  ///< `KYADRS.BOX`
+    [[nodiscard]] static QByteArray todolistFileName(bool bare);     ///< `KYTODO.BOX`
+    [[nodiscard]] static QByteArray datebookFileName(bool bare);     ///< `KYDATE.BOX`
+    [[nodiscard]] static QByteArray memoFileName(bool bare);         ///< `KYMEMO.BOX`
+    [[nodiscard]] static QByteArray mailInboxFileName(int storage);  ///< `kyinbox.box`
+    [[nodiscard]] static QByteArray mailOutboxFileName(int storage); ///< `kyoutbox.box`
 
-    [[nodiscard]] static QByteArray addressbookMasterIdx(bool bare);
-    [[nodiscard]] static QByteArray todolistMasterIdx(bool bare);
-    [[nodiscard]] static QByteArray datebookMasterIdx(bool bare);
-    [[nodiscard]] static QByteArray datebookStartIdx(bool bare);  ///< events that don't repeat, by start
-    [[nodiscard]] static QByteArray datebookEndIdx(bool bare);    ///< events that don't repeat, by end
-    [[nodiscard]] static QByteArray datebookMultiIdx(bool bare);  ///< events of several days
-    [[nodiscard]] static QByteArray datebookRepeatIdx(bool bare); ///< events that repeat
-    [[nodiscard]] static QByteArray memoMasterIdx(bool bare);
-    [[nodiscard]] static QByteArray mailInboxMasterIdx(int storage);
-    [[nodiscard]] static QByteArray mailOutboxMasterIdx(int storage);
+    [[nodiscard]] static QByteArray addressbookMasterIdx(bool bare);  ///< `KYADRS.IDX`
+    [[nodiscard]] static QByteArray todolistMasterIdx(bool bare);     ///< `KYTODO.IDX`
+    [[nodiscard]] static QByteArray datebookMasterIdx(bool bare);     ///< `KYDATE.IDX`
+    [[nodiscard]] static QByteArray datebookStartIdx(bool bare);      ///< events that don't repeat, by start
+    [[nodiscard]] static QByteArray datebookEndIdx(bool bare);        ///< events that don't repeat, by end
+    [[nodiscard]] static QByteArray datebookMultiIdx(bool bare);      ///< events of several days
+    [[nodiscard]] static QByteArray datebookRepeatIdx(bool bare);     ///< events that repeat
+    [[nodiscard]] static QByteArray memoMasterIdx(bool bare);         ///< `KYMEMO.IDX`
+    [[nodiscard]] static QByteArray mailInboxMasterIdx(int storage);  ///< `kyinbox.idx`
+    [[nodiscard]] static QByteArray mailOutboxMasterIdx(int storage); ///< `kyoutbox.idx`
     /** @} */
 
     /** @name Field tables of the standard boxes
@@ -106,10 +111,10 @@ public:
      * `MEM1` contents, `dATE` time of change, and the categories.
      * @{ */
 
-    [[nodiscard]] static KyPDataBaseItemInfo addressbookItems();
-    [[nodiscard]] static KyPDataBaseItemInfo todolistItems();
-    [[nodiscard]] static KyPDataBaseItemInfo datebookItems();
-    [[nodiscard]] static KyPDataBaseItemInfo maillistItems(); ///< of both mail boxes
+    [[nodiscard]] static KyPDataBaseItemInfo addressbookItems(); ///< 47 text fields and the categories
+    [[nodiscard]] static KyPDataBaseItemInfo todolistItems();    ///< dates, state and text of a task
+    [[nodiscard]] static KyPDataBaseItemInfo datebookItems();    ///< an event with alarm and repetition
+    [[nodiscard]] static KyPDataBaseItemInfo maillistItems();    ///< of both mail boxes
     /** @} */
 
     /** @name Making the standard boxes
@@ -118,12 +123,12 @@ public:
      * box is opened.
      * @{ */
 
-    static bool createAddressbookFile(const KyPDataManagerIndexInfo &indexes);
-    static bool createTodolistFile(const KyPDataManagerIndexInfo &indexes);
-    static bool createDatebookFile(const KyPDataManagerIndexInfo &indexes);
-    static bool createMailInboxFile(const KyPDataManagerIndexInfo &indexes, int storage);
-    static bool createMailOutboxFile(const KyPDataManagerIndexInfo &indexes, int storage);
-    static bool createMemoFile(const KyPDataManagerIndexInfo &indexes);
+    static bool createAddressbookFile(const KyPDataManagerIndexInfo &indexes); ///< by reading, in text order
+    static bool createTodolistFile(const KyPDataManagerIndexInfo &indexes);    ///< by due date
+    static bool createDatebookFile(const KyPDataManagerIndexInfo &indexes);    ///< by start
+    static bool createMailInboxFile(const KyPDataManagerIndexInfo &indexes, int storage);  ///< by account
+    static bool createMailOutboxFile(const KyPDataManagerIndexInfo &indexes, int storage); ///< by account
+    static bool createMemoFile(const KyPDataManagerIndexInfo &indexes); ///< by title, in text order
     /** @} */
 
 private:

@@ -29,9 +29,10 @@ public:
         Category = 7 ///< the category list; always the item `CTGR`, whatever code the field has
     };
 
+    /** An empty table. */
     KyPDataBaseItemInfo();
-    KyPDataBaseItemInfo(const KyPDataBaseItemInfo &other);
-    KyPDataBaseItemInfo &operator=(const KyPDataBaseItemInfo &other);
+    KyPDataBaseItemInfo(const KyPDataBaseItemInfo &other);            ///< shares the fields
+    KyPDataBaseItemInfo &operator=(const KyPDataBaseItemInfo &other); ///< shares the fields
     ~KyPDataBaseItemInfo();
 
     /**
@@ -56,9 +57,9 @@ private:
 /** A field of a box. */
 struct KyPdbItemInfo
 {
-    char code[4] = {}; ///< exactly four bytes, no terminator
-    KyPDataBaseItemInfo::ItemType type = KyPDataBaseItemInfo::Text;
-    QString label;     ///< name for people
+    char code[4] = {};                                              ///< exactly four bytes, no terminator
+    KyPDataBaseItemInfo::ItemType type = KyPDataBaseItemInfo::Text; ///< what it holds
+    QString label;                                                  ///< name for people
     bool flag = false; ///< false: declared with the first letter in lower case
 };
 

@@ -104,6 +104,7 @@ public:
     /** Closes the box and tells others that it is free. False when it is closed already or can't be closed.
      */
     bool close();
+    /** True while the manager holds its box. */
     [[nodiscard]] bool isOpened() const;
     /** Handle of the box in the record store, 0 while it is closed. */
     [[nodiscard]] quint32 boxHandle() const;

@@ -68,12 +68,12 @@ bool KyPDataManager::finishEditCard(unsigned long *card)
         d->editState = EditNotUnderWay;
         return false;
     }
-    const bool isNew = *card == 0 || d->editSourceCard == 0;
+    auto destination = quint16(*card);
+    const bool isNew = destination == 0 || d->editSourceCard == 0;
     if ((isNew && !stampNewCard(*this)) || (d->editModified && !writeCurrentTime("MDTM", true))) {
         cancelEditCard();
         return false;
     }
-    auto destination = quint16(*card);
     d->lastError = _CardCopy(d->boxHandle, quint16(d->workCard), &destination);
     *card = destination;
     if (d->lastError != PdtmOk)

@@ -25,9 +25,10 @@ struct KyPDataManagerIndexEntry
 class KY_EXPORT KyPDataManagerIndexInfo
 {
 public:
+    /** None. */
     KyPDataManagerIndexInfo();
-    KyPDataManagerIndexInfo(const KyPDataManagerIndexInfo &other);
-    KyPDataManagerIndexInfo &operator=(const KyPDataManagerIndexInfo &other);
+    KyPDataManagerIndexInfo(const KyPDataManagerIndexInfo &other);            ///< shares the indexes
+    KyPDataManagerIndexInfo &operator=(const KyPDataManagerIndexInfo &other); ///< shares the indexes
     ~KyPDataManagerIndexInfo();
 
     /**

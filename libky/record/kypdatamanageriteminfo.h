@@ -34,9 +34,10 @@ struct KyPDataManagerItem
 class KY_EXPORT KyPDataManagerItemInfo
 {
 public:
+    /** None. */
     KyPDataManagerItemInfo();
-    KyPDataManagerItemInfo(const KyPDataManagerItemInfo &other);
-    KyPDataManagerItemInfo &operator=(const KyPDataManagerItemInfo &other);
+    KyPDataManagerItemInfo(const KyPDataManagerItemInfo &other);            ///< shares the items
+    KyPDataManagerItemInfo &operator=(const KyPDataManagerItemInfo &other); ///< shares the items
     ~KyPDataManagerItemInfo();
 
     void addTextItem(const char *code, const QString &label);  ///< text in UTF-8 (type 17, kind 18)

@@ -14,9 +14,10 @@ class KyPDataManagerSortKeyPrivate;
 class KY_EXPORT KyPDataManagerSortKey
 {
 public:
+    /** None. */
     KyPDataManagerSortKey();
-    KyPDataManagerSortKey(const KyPDataManagerSortKey &other);
-    KyPDataManagerSortKey &operator=(const KyPDataManagerSortKey &other);
+    KyPDataManagerSortKey(const KyPDataManagerSortKey &other);            ///< shares the keys
+    KyPDataManagerSortKey &operator=(const KyPDataManagerSortKey &other); ///< shares the keys
     ~KyPDataManagerSortKey();
 
     /**

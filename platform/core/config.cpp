@@ -15,8 +15,9 @@ QString pathOf(const QString &name, Config::Domain domain)
 {
     if (domain == Config::File)
         return name;
-    const QString settings = QDir::homePath() + QStringLiteral("/Settings");
-    QDir().mkpath(settings);
+    const QString settings = QDir::home().filePath(QStringLiteral("Settings"));
+    if (!qEnvironmentVariableIsEmpty("HOME")) // else it would be a folder in the root of the machine
+        QDir().mkpath(settings);
     return settings + QLatin1Char('/') + name + QStringLiteral(".conf");
 }
 

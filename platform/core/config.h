@@ -1,5 +1,5 @@
-#ifndef CONFIG_H
-#define CONFIG_H
+#ifndef KY_CONFIG_H
+#define KY_CONFIG_H
 
 #include "kyexport.h"
 #include <QMap>
@@ -27,11 +27,14 @@ typedef QMap<QString, QString> ConfigGroup;
 class KY_EXPORT Config
 {
 public:
+    /** Where a settings file lies. */
     enum Domain {
         File, ///< the name is the path of the file
-        User  ///< $HOME/Settings/NAME.conf; the folder is made when missing
+        User  ///< $HOME/Settings/NAME.conf; the folder is made when missing. With HOME unset nothing is
+              ///< written
     };
 
+    /** Reads the file; one that is missing is an empty one, made when there is something to write. */
     explicit Config(const QString &name, Domain domain = User);
     virtual ~Config();
     Config(const Config &) = delete;
@@ -39,6 +42,7 @@ public:
 
     /** False when there is no file or it could not be read. */
     [[nodiscard]] bool isValid() const;
+    /** True for a group of the file, and for one that setGroup() has made. */
     [[nodiscard]] bool hasGroup(const QString &group) const;
     /** Names of all groups by code point; that of the nameless group, when it has keys, is empty. */
     [[nodiscard]] QStringList groupList() const;
@@ -46,7 +50,9 @@ public:
      * the nameless group. */
     void setGroup(const QString &group);
 
+    /** True when the current group has the key. */
     [[nodiscard]] bool hasKey(const QString &key) const;
+    /** The value of a key of the current group; the default when there is none. */
     [[nodiscard]] QString readEntry(const QString &key, const QString &defaultValue = QString()) const;
     /** The default also for a value that isn't a decimal number of 32 bits. */
     [[nodiscard]] int readNumEntry(const QString &key, int defaultValue = -1) const;
@@ -59,10 +65,12 @@ public:
     /** A key that is empty, has '=' or a line break in it, begins with '[', '#' or a byte order mark or has
      * blanks at an end couldn't be read again: it is refused with a warning. */
     void writeEntry(const QString &key, const QString &value);
-    void writeEntry(const QString &key, const char *value);
-    void writeEntry(const QString &key, int value);
-    void writeEntry(const QString &key, bool value);
+    void writeEntry(const QString &key, const char *value); ///< the same, in UTF-8
+    void writeEntry(const QString &key, int value);         ///< a decimal number
+    void writeEntry(const QString &key, bool value);        ///< 1 or 0
+    /** Items between separators, as readListEntry() takes them apart. */
     void writeEntry(const QString &key, const QStringList &list, QChar separator);
+    /** Takes a key out of the current group; nothing happens when it has none such. */
     void removeEntry(const QString &key);
     /** Takes all keys out of the current group. */
     void clearGroup();
@@ -78,7 +86,7 @@ protected:
     /** Takes the contents of the file in place of what is in memory. */
     void read();
 
-    QMap<QString, ConfigGroup> groups;
+    QMap<QString, ConfigGroup> groups; ///< contents by name of the group
     /** The current group; groups.end() stands for the nameless group while it has no key. */
     QMap<QString, ConfigGroup>::Iterator git;
     QString filename;     ///< path of the file

@@ -1,5 +1,5 @@
-#ifndef JAPANESETEXT_H
-#define JAPANESETEXT_H
+#ifndef KY_JAPANESETEXT_H
+#define KY_JAPANESETEXT_H
 
 #include "kyexport.h"
 #include <QByteArray>
@@ -13,11 +13,15 @@
  */
 namespace JapaneseText {
 
+/** Text to Shift-JIS. */
 [[nodiscard]] KY_EXPORT QByteArray toSjis(const QString &text);
+/** Shift-JIS to text. */
 [[nodiscard]] KY_EXPORT QString fromSjis(const QByteArray &bytes);
 
-/** With the escapes ESC $ B, ESC ( I and a closing ESC ( B at the end when the text ends outside ASCII. */
+/** Text to 7-bit JIS, with the escapes ESC $ B, ESC ( I and a closing ESC ( B at the end when the text ends
+ * outside ASCII. */
 [[nodiscard]] KY_EXPORT QByteArray toJis7(const QString &text);
+/** 7-bit JIS to text. */
 [[nodiscard]] KY_EXPORT QString fromJis7(const QByteArray &bytes);
 
 /** True when every character of @p text has a code in Shift-JIS. */

@@ -1,5 +1,5 @@
-#ifndef TIMECONVERSION_H
-#define TIMECONVERSION_H
+#ifndef KY_TIMECONVERSION_H
+#define KY_TIMECONVERSION_H
 
 #include "kyexport.h"
 #include <ctime>

@@ -1,5 +1,5 @@
-#ifndef TIMESTRING_H
-#define TIMESTRING_H
+#ifndef KY_TIMESTRING_H
+#define KY_TIMESTRING_H
 
 #include "dateformat.h"
 #include "kyexport.h"

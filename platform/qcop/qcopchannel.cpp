@@ -1,5 +1,5 @@
 #include "qcopchannel.h"
-#include "sessionbus.h"
+#include "sessionbus_p.h"
 #include <QDBusMessage>
 #include <QHash>
 

@@ -1,5 +1,5 @@
-#ifndef QCOPCHANNEL_H
-#define QCOPCHANNEL_H
+#ifndef KY_QCOPCHANNEL_H
+#define KY_QCOPCHANNEL_H
 
 #include "kyexport.h"
 #include <QByteArray>
@@ -23,9 +23,11 @@ public:
     /** Longest payload of a message, in bytes. */
     static constexpr qsizetype MaximumData = qsizetype{32} * 1024 * 1024;
 
+    /** Listens from now on. @param name becomes the objectName() */
     explicit QCopChannel(const QByteArray &channel, QObject *parent = nullptr, const char *name = nullptr);
     ~QCopChannel() override;
 
+    /** The name it listens on. */
     [[nodiscard]] QByteArray channel() const;
 
     /** The process that sent the last message received, as a name for isRunning(). Empty when that message
@@ -53,6 +55,7 @@ public:
     virtual void receive(const QByteArray &message, const QByteArray &data);
 
 signals:
+    /** A message arrived; @p data holds its arguments, to be read by QCopArguments. */
     void received(const QByteArray &message, const QByteArray &data);
 
 private:

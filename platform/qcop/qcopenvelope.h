@@ -1,5 +1,5 @@
-#ifndef QCOPENVELOPE_H
-#define QCOPENVELOPE_H
+#ifndef KY_QCOPENVELOPE_H
+#define KY_QCOPENVELOPE_H
 
 #include "kyexport.h"
 #include <QByteArray>
@@ -17,7 +17,9 @@ public:
     /** The one stream version that both sides use. */
     static constexpr int StreamVersion = QDataStream::Qt_5_15;
 
+    /** Begins a message; see QCopChannel::send() for what @p message looks like. */
     QCopEnvelope(const QByteArray &channel, const QByteArray &message);
+    /** Sends the message. */
     ~QCopEnvelope();
 
 private:
@@ -30,6 +32,7 @@ private:
 class KY_EXPORT QCopArguments : public QDataStream
 {
 public:
+    /** @param data as QCopChannel::received() gives it. Arguments that are cut short show in status(). */
     explicit QCopArguments(const QByteArray &data) : QDataStream(data)
     {
         setVersion(QCopEnvelope::StreamVersion);

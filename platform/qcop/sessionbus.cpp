@@ -1,5 +1,5 @@
-#include "sessionbus.h"
 #include "descriptor_p.h"
+#include "sessionbus_p.h"
 #include <cstring>
 #include <poll.h>
 #include <QCryptographicHash>

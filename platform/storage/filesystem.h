@@ -1,5 +1,5 @@
-#ifndef FILESYSTEM_H
-#define FILESYSTEM_H
+#ifndef KY_FILESYSTEM_H
+#define KY_FILESYSTEM_H
 
 #include "kyexport.h"
 #include <QString>
@@ -13,6 +13,7 @@ struct MountEntry
     QString type;        ///< such as ext4
     QStringList options; ///< such as rw, noatime
 
+    /** True when all fields are the same. */
     bool operator==(const MountEntry &other) const = default;
 };
 
@@ -21,8 +22,10 @@ struct MountEntry
 class KY_EXPORT FileSystem
 {
 public:
+    /** @param internal whether this is the volume of $HOME */
     FileSystem(const MountEntry &mount, bool internal);
 
+    /** The device or source, such as /dev/mmcblk0p1. */
     [[nodiscard]] QString disk() const { return m_mount.disk; }
     /** The mount point on this machine, without a slash at the end unless it is the root. */
     [[nodiscard]] QString path() const { return m_mount.path; }
@@ -35,10 +38,12 @@ public:
 
     /** True for the device's cards and for what desktops mount below /media and /run/media. */
     [[nodiscard]] bool isRemovable() const;
+    /** True when it is mounted for writing. */
     [[nodiscard]] bool isWritable() const;
 
-    /** Bytes. */
+    /** Size of a block in bytes. */
     [[nodiscard]] long blockSize() const;
+    /** Size of the volume in blocks. */
     [[nodiscard]] long totalBlocks() const;
     /** Blocks that a user without privileges can still fill. */
     [[nodiscard]] long availBlocks() const;

@@ -1,5 +1,5 @@
-#ifndef STORAGEINFO_H
-#define STORAGEINFO_H
+#ifndef KY_STORAGEINFO_H
+#define KY_STORAGEINFO_H
 
 #include "filesystem.h"
 #include "kyexport.h"
@@ -25,6 +25,7 @@ class KY_EXPORT StorageInfo : public QObject
 {
     Q_OBJECT
 public:
+    /** Reads the mount table and watches it from then on. */
     explicit StorageInfo(QObject *parent = nullptr);
     ~StorageInfo() override;
 

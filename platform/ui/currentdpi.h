@@ -1,5 +1,5 @@
-#ifndef CURRENTDPI_H
-#define CURRENTDPI_H
+#ifndef KY_CURRENTDPI_H
+#define KY_CURRENTDPI_H
 
 #include "kyexport.h"
 

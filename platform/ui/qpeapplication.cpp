@@ -1,7 +1,7 @@
 #include "qpeapplication.h"
 #include "qcopchannel.h"
-#include "sessionbus.h"
-#include "stylushold.h"
+#include "sessionbus_p.h"
+#include "stylushold_p.h"
 #include <memory>
 #include <QAbstractScrollArea>
 #include <QDeadlineTimer>
@@ -129,7 +129,8 @@ QString QPEApplication::qpeDir()
 QString QPEApplication::documentDir()
 {
     const QString folder = withSlash(QDir::homePath()) + QLatin1String("Documents/");
-    if (!QDir().mkpath(folder))
+    // Without a home it would be a folder in the root of the machine.
+    if (qEnvironmentVariableIsEmpty("HOME") || !QDir().mkpath(folder))
         qWarning("QPEApplication: cannot make %s", qUtf8Printable(folder));
     return folder;
 }

@@ -1,5 +1,5 @@
-#ifndef QPEAPPLICATION_H
-#define QPEAPPLICATION_H
+#ifndef KY_QPEAPPLICATION_H
+#define KY_QPEAPPLICATION_H
 
 #include "kyexport.h"
 #include <QApplication>
@@ -39,8 +39,9 @@ public:
     /** Folder of the user's documents, $HOME/Documents, made at first use; ends in a slash. */
     [[nodiscard]] static QString documentDir();
 
+    /** What a stylus that is held still does. */
     enum StylusMode {
-        LeftOnly,
+        LeftOnly,   ///< nothing: it is the left button
         RightOnHold ///< holding the left button still for 500 ms gives a press of the right button
     };
     /** Sets how @p widget takes the stylus; for a scroll area this is how its viewport does. */

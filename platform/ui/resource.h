@@ -1,5 +1,5 @@
-#ifndef RESOURCE_H
-#define RESOURCE_H
+#ifndef KY_RESOURCE_H
+#define KY_RESOURCE_H
 
 #include "kyexport.h"
 #include <QImage>

@@ -1,4 +1,4 @@
-#include "stylushold.h"
+#include "stylushold_p.h"
 #include "currentdpi.h"
 #include <QCoreApplication>
 #include <QMouseEvent>

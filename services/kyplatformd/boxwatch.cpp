@@ -11,8 +11,10 @@
 
 namespace {
 
-constexpr int BusyPace = 50;   // ms between looks while a free lock is timed
-constexpr int QuietPace = 250; // ms between looks while all locks are held
+// Time between looks, in ms.
+constexpr int BusyPace = 50;     // while a free lock is timed
+constexpr int ClosersPace = 250; // while a process that asked for all boxes lives
+constexpr int QuietPace = 2000;  // while all locks are held, for those whose closing nobody tells of
 constexpr auto Name = "kyplatformd";
 
 /** True when the kernel's list shows a lock on the file. This disturbs nobody; on file systems whose device
@@ -64,6 +66,7 @@ void sendOpenFile(const QString &box)
 BoxWatch::BoxWatch(QObject *parent) : QObject(parent), m_channel("QPE/System")
 {
     connect(&m_channel, &QCopChannel::received, this, &BoxWatch::handleMessage);
+    connect(&m_closes, &CloseWatch::closed, this, &BoxWatch::lookSoon);
     connect(&m_timer, &QTimer::timeout, this, &BoxWatch::check);
 }
 
@@ -86,6 +89,11 @@ void BoxWatch::handleMessage(const QByteArray &message, const QByteArray &data)
         closeAsked(box);
     else if (message == "openFile(QString,QString)")
         openSent(box);
+    lookSoon();
+}
+
+void BoxWatch::lookSoon()
+{
     if (!m_timer.isActive() || m_timer.interval() > BusyPace)
         m_timer.start(BusyPace);
 }
@@ -94,8 +102,10 @@ void BoxWatch::closeAsked(const QString &box)
 {
     if (box.isEmpty())
         m_closersOfAll.insert(m_channel.messageSource());
-    else
+    else {
         m_boxes.insert(box, QElapsedTimer());
+        m_closes.add(lockFile(box));
+    }
 }
 
 void BoxWatch::openSent(const QString &box)
@@ -103,7 +113,13 @@ void BoxWatch::openSent(const QString &box)
     if (box.isEmpty())
         m_closersOfAll.clear();
     else
-        m_boxes.remove(box);
+        forget(box);
+}
+
+void BoxWatch::forget(const QString &box)
+{
+    m_boxes.remove(box);
+    m_closes.remove(lockFile(box));
 }
 
 void BoxWatch::check()
@@ -115,22 +131,21 @@ void BoxWatch::check()
 
 void BoxWatch::checkBoxes()
 {
-    for (auto box = m_boxes.begin(); box != m_boxes.end();) {
-        const QByteArray lock = QFile::encodeName(lockFile(box.key()));
-        QElapsedTimer &freeFor = box.value();
+    for (const QString &box : m_boxes.keys()) {
+        const QByteArray lock = QFile::encodeName(lockFile(box));
+        QElapsedTimer &freeFor = m_boxes[box];
         if (isLocked(lock)) {
             freeFor.invalidate();
         } else if (!freeFor.isValid()) {
             freeFor.start();
         } else if (freeFor.hasExpired(FreeTime)) {
             if (canBeLocked(lock)) {
-                sendOpenFile(box.key());
-                box = m_boxes.erase(box);
-                continue;
+                sendOpenFile(box);
+                forget(box);
+            } else {
+                freeFor.invalidate();
             }
-            freeFor.restart();
         }
-        ++box;
     }
 }
 
@@ -149,5 +164,6 @@ void BoxWatch::setPace()
     }
     const auto isTimed = [](const QElapsedTimer &freeFor) { return freeFor.isValid(); };
     const bool busy = std::any_of(m_boxes.cbegin(), m_boxes.cend(), isTimed);
-    m_timer.start(busy ? BusyPace : QuietPace);
+    const int idlePace = m_closersOfAll.isEmpty() ? QuietPace : ClosersPace;
+    m_timer.start(busy ? BusyPace : idlePace);
 }

@@ -1,6 +1,7 @@
 #ifndef BOXWATCH_H
 #define BOXWATCH_H
 
+#include "closewatch.h"
 #include "qcopchannel.h"
 #include <QElapsedTimer>
 #include <QHash>
@@ -28,12 +29,15 @@ private:
     void handleMessage(const QByteArray &message, const QByteArray &data);
     void closeAsked(const QString &box);
     void openSent(const QString &box);
+    void lookSoon();
+    void forget(const QString &box);
     void check();
     void checkBoxes();
     void checkClosersOfAll();
     void setPace();
 
     QCopChannel m_channel;
+    CloseWatch m_closes; ///< of the locks of the boxes asked for
     QTimer m_timer;
     QHash<QString, QElapsedTimer> m_boxes; ///< boxes asked for; the clock runs while the lock is free
     QSet<QByteArray> m_closersOfAll;       ///< processes that asked for all boxes

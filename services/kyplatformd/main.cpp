@@ -2,7 +2,7 @@
 
 #include "boxwatch.h"
 #include "devicetree.h"
-#include "sessionbus.h"
+#include "sessionbus_p.h"
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>

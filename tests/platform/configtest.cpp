@@ -60,6 +60,7 @@ private slots:
     void removesEntriesAndClearsGroups();
     void namelessGroupComesFirst();
     void userDomainMakesTheFolder();
+    void withoutHomeNothingIsMade();
     void readingWritesNothing();
     void sameValueWritesNothing();
     void otherNameIsWrittenAndKept();
@@ -338,6 +339,25 @@ void ConfigTest::userDomainMakesTheFolder()
     }
     qputenv("HOME", home);
     QCOMPARE(contentsOf(path("Settings/name.conf")), QByteArray("key = value\n"));
+}
+
+void ConfigTest::withoutHomeNothingIsMade()
+{
+    const QByteArray home = qgetenv("HOME");
+    QVERIFY(!QFile::exists("/Settings"));
+    qunsetenv("HOME");
+    {
+        Config config("name");
+        QVERIFY(!config.isValid());
+        QCOMPARE(config.readEntry("key", "default"), QString("default"));
+        config.writeEntry("key", "value");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("could not write /Settings/name.conf: .*"));
+        QVERIFY(!config.write());
+        config.removeEntry("key");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("could not write /Settings/name.conf: .*"));
+    }
+    qputenv("HOME", home);
+    QVERIFY(!QFile::exists("/Settings"));
 }
 
 void ConfigTest::readingWritesNothing()

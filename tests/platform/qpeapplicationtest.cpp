@@ -3,7 +3,7 @@
 #include "currentdpi.h"
 #include "qcopchannel.h"
 #include "qcopenvelope.h"
-#include "sessionbus.h"
+#include "sessionbus_p.h"
 #include <QtTest>
 
 namespace {
@@ -54,6 +54,7 @@ private slots:
     void waitEndsWhenThePlatformIsReady();
     void doesNotWaitWithoutBus();
     void documentDirIsMade();
+    void withoutHomeThereIsNoDocumentDir();
     void qpeDirEndsInSlash_data();
     void qpeDirEndsInSlash();
     void dpi_data();
@@ -186,6 +187,18 @@ void QPEApplicationTest::documentDirIsMade()
     QVERIFY(!QFileInfo::exists(folder));
     QCOMPARE(QPEApplication::documentDir(), folder);
     QVERIFY(QFileInfo(folder).isDir());
+}
+
+void QPEApplicationTest::withoutHomeThereIsNoDocumentDir()
+{
+    const QByteArray home = qgetenv("HOME");
+    QVERIFY(!QFileInfo::exists("/Documents"));
+    qunsetenv("HOME");
+    QTest::ignoreMessage(QtWarningMsg, "QPEApplication: cannot make /Documents/");
+    const QString folder = QPEApplication::documentDir();
+    qputenv("HOME", home);
+    QCOMPARE(folder, QString("/Documents/"));
+    QVERIFY(!QFileInfo::exists(folder));
 }
 
 void QPEApplicationTest::qpeDirEndsInSlash_data()

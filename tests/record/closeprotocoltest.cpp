@@ -143,6 +143,13 @@ private slots:
     void openInsideOpen();
     void messagesDuringTheAttempts();
 
+    // one process, several managers
+    void managersOfOneBox();
+    void editsInTwoBoxesAtOnce();
+    void onlyOneOfTwoWaitingManagersReopens();
+    void stormOfMessages();
+    void messagesCutShort();
+
     // two processes
     void boxPassesBetweenProcesses();
     void editOutlastsTheLoan();
@@ -482,6 +489,12 @@ void CloseProtocolTest::boxThatCannotBeLetGo()
     tell(manager, OpenFile, box.path());
     QVERIFY(!privateOf(manager).waitingOpenAgain);
     QVERIFY(addCard(manager, QStringLiteral("a")) != 0);
+    Traffic traffic;
+    refuseClose = true;
+    tell(manager, CloseFile, box.path());
+    refuseClose = false;
+    QVERIFY(manager.close());
+    QVERIFY(traffic.messages().isEmpty()); // who asked for the box sends the openFile
 }
 
 void CloseProtocolTest::destructionWhileWaitingIsSilent()
@@ -581,6 +594,86 @@ void CloseProtocolTest::messagesDuringTheAttempts()
     });
     QVERIFY(manager.open(false));
     QVERIFY(!privateOf(manager).waitingOpenAgain);
+}
+
+void CloseProtocolTest::managersOfOneBox()
+{
+    const TestBox box;
+    KyPDataManager first(box.path().constData(), nullptr, false);
+    KyPDataManager second(box.path().constData(), nullptr, false);
+    QVERIFY(!second.isOpened());
+    Traffic().messages(); // its request is out, and comes from the same application
+    QVERIFY(first.isOpened());
+    QVERIFY(addCard(first, QStringLiteral("a")) != 0);
+    QVERIFY(first.close());
+    QVERIFY(second.open(false));
+    QVERIFY(!first.open(false));
+    QVERIFY(addCard(second, QStringLiteral("b")) != 0);
+    QVERIFY(second.close());
+    QVERIFY(first.open(false));
+    QCOMPARE(first.count(), 2);
+}
+
+void CloseProtocolTest::editsInTwoBoxesAtOnce()
+{
+    const TestBox one, other;
+    KyPDataManager first(one.path().constData(), nullptr, false);
+    KyPDataManager second(other.path().constData(), nullptr, false);
+    unsigned long firstCard = 0, secondCard = 0;
+    QVERIFY(first.editNewCard() && second.editNewCard());
+    QVERIFY(first.writeItem("TITL", "one") && second.writeItem("TITL", "other"));
+    QVERIFY(first.finishEditCard(&firstCard) && second.finishEditCard(&secondCard));
+    QCOMPARE(first.readItem("TITL", firstCard), QStringLiteral("one"));
+    QCOMPARE(second.readItem("TITL", secondCard), QStringLiteral("other"));
+}
+
+void CloseProtocolTest::onlyOneOfTwoWaitingManagersReopens()
+{
+    const TestBox box;
+    KyPDataManager first(box.path().constData(), nullptr, false);
+    tell(first, CloseFile, box.path());
+    KyPDataManager second(box.path().constData(), nullptr, false);
+    tell(second, CloseFile, box.path());
+    tell(first, OpenFile, box.path());
+    tell(second, OpenFile, box.path());
+    QVERIFY(first.isOpened());
+    QVERIFY(!second.isOpened());
+    QVERIFY(!privateOf(second).waitingOpenAgain);
+}
+
+void CloseProtocolTest::stormOfMessages()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    const unsigned long card = addCard(manager, QStringLiteral("a"));
+    for (int i = 0; i < 300; ++i) {
+        QCopChannel::send("QPE/System", CloseFile, argumentsOf(box.path(), "other"));
+        QCopChannel::send("QPE/System", "volumeChange(bool)", QByteArray(1, char(i)));
+        QCopChannel::send("QPE/System", OpenFile, argumentsOf(i % 2 ? QByteArray() : box.path(), "other"));
+    }
+    Traffic().messages(); // all have been dealt with
+    QVERIFY(manager.isOpened());
+    QVERIFY(!privateOf(manager).waitingOpenAgain);
+    QCOMPARE(manager.readItem("TITL", card), QStringLiteral("a"));
+}
+
+void CloseProtocolTest::messagesCutShort()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    const QByteArray whole = argumentsOf(box.path(), "other"), forAll = argumentsOf("", "other");
+    for (const QByteArray &data : {whole, forAll}) {
+        for (qsizetype length = 0; length < data.size(); ++length)
+            manager.systemMessage(CloseFile, data.first(length));
+    }
+    QVERIFY(manager.isOpened());
+    manager.systemMessage(CloseFile, forAll);
+    QVERIFY(!manager.isOpened());
+    for (qsizetype length = 0; length < forAll.size(); ++length)
+        manager.systemMessage(OpenFile, forAll.first(length));
+    QVERIFY(privateOf(manager).waitingOpenAgain);
+    manager.systemMessage(OpenFile, forAll);
+    QVERIFY(manager.isOpened());
 }
 
 void CloseProtocolTest::boxPassesBetweenProcesses()

@@ -78,6 +78,7 @@ private slots:
     void newCardIsStamped();
     void newCardWithNothingWrittenIsStamped();
     void newCardAtAGivenId();
+    void idBeyondSixteenBitsIsCut();
     void syncIdsDiffer();
     void changedCardGetsItsTimeOfChange();
     void attributeAloneIsNoChange();
@@ -152,6 +153,18 @@ void EditTest::newCardAtAGivenId()
     QCOMPARE(card, 500UL);
     QCOMPARE(manager.readItem("TITL", 500), QStringLiteral("a"));
     QVERIFY(manager.readDateItem("CTTM", 500).isValid());
+}
+
+void EditTest::idBeyondSixteenBitsIsCut()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    const unsigned long first = addCard(manager, QStringLiteral("a"));
+    unsigned long card = 0x10000; // nothing is left of it, so it asks for a new card
+    QVERIFY(manager.startEditCard(first));
+    QVERIFY(manager.finishEditCard(&card));
+    QVERIFY(card != 0 && card != first);
+    QVERIFY(storedBytes(manager, card, "SYID") != storedBytes(manager, first, "SYID"));
 }
 
 void EditTest::syncIdsDiffer()

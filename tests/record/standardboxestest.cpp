@@ -8,6 +8,15 @@
 
 namespace {
 
+template <typename... T>
+concept ReadsTime = requires(const KyPDataBase &base, T... arguments)
+{
+    base.readTimeField(5, arguments...);
+};
+// A plain number is a card; a flag in its place is a mistake.
+static_assert(ReadsTime<> && ReadsTime<int> && ReadsTime<unsigned long> && ReadsTime<int, bool>);
+static_assert(!ReadsTime<bool>);
+
 /** Field tables: number, code, ItemType, flag, label. */
 constexpr const char *AddressbookTable[] = {
     " 0      7 + category",

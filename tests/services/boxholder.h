@@ -33,12 +33,16 @@ inline void sendOpen(const QString &box, const QString &sender)
 inline int childMain(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
-    const int fd = *argv[2] ? ::open(argv[2], O_RDWR | O_CREAT, 0600) : -1;
-    if (fd >= 0 && ::flock(fd, LOCK_EX | LOCK_NB) != 0)
+    const auto take = [file = argv[2]] {
+        const int fd = ::open(file, O_RDWR | O_CREAT, 0600);
+        return fd >= 0 && ::flock(fd, LOCK_EX | LOCK_NB) == 0 ? fd : -1;
+    };
+    int fd = *argv[2] ? take() : -1;
+    if (*argv[2] && fd < 0)
         return 1;
     sendClose(QString::fromLocal8Bit(argv[3]), "holder");
-    ChildInput input([fd](const QByteArray &line) {
-        const bool done = ::flock(fd, line == "release" ? LOCK_UN : LOCK_EX | LOCK_NB) == 0;
+    ChildInput input([&](const QByteArray &line) {
+        const bool done = line == "release" ? ::close(fd) == 0 : (fd = take()) >= 0;
         ChildProcess::say(done ? "done" : "failed");
     });
     ChildProcess::say("held");

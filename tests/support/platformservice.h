@@ -1,7 +1,7 @@
 #ifndef KY_TEST_PLATFORMSERVICE_H
 #define KY_TEST_PLATFORMSERVICE_H
 
-#include "sessionbus.h"
+#include "sessionbus_p.h"
 #include <csignal>
 #include <QProcess>
 #include <QTest>
@@ -31,6 +31,7 @@ public:
         return QTest::qWaitFor([&] { return SessionBus::hasOwner(service); }, 5000);
     }
 
+    [[nodiscard]] qint64 pid() const { return m_process.processId(); }
     void signal(int number) { ::kill(pid_t(m_process.processId()), number); }
 
     /** Waits for the end. @return the exit code, -1 when it crashed or goes on */

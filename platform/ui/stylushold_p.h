@@ -1,5 +1,5 @@
-#ifndef STYLUSHOLD_H
-#define STYLUSHOLD_H
+#ifndef KY_STYLUSHOLD_H
+#define KY_STYLUSHOLD_H
 
 #include <QBasicTimer>
 #include <QEvent>

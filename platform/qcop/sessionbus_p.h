@@ -1,5 +1,5 @@
-#ifndef SESSIONBUS_H
-#define SESSIONBUS_H
+#ifndef KY_SESSIONBUS_H
+#define KY_SESSIONBUS_H
 
 #include "kyexport.h"
 #include <QByteArray>
