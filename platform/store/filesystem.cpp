@@ -126,7 +126,11 @@ PdtmStatus statusOfError(int error)
     case EPERM:
         return PdtmReadOnly;
     case ENOMEM:
+    case EMFILE:
+    case ENFILE:
         return PdtmTooShort;
+    case ENAMETOOLONG:
+        return PdtmBadArgument;
     default:
         return PdtmIoError;
     }

@@ -48,13 +48,18 @@ void invalidateAll(Family &family)
 /** Runs what the box reports. When memory runs short the indexes are built anew at their next use. */
 template <typename Work> void contained(BoxFile &box, Work work)
 {
-    Family &family = registry().familyOf(box);
+    Family *family = nullptr;
     try {
-        work(family);
+        family = &registry().familyOf(box);
+        work(*family);
     } catch (const std::exception &) {
-        invalidateAll(family);
+        if (family) {
+            invalidateAll(*family);
+        }
     }
-    family.counter = box.changeCounter();
+    if (family) {
+        family->counter = box.changeCounter();
+    }
 }
 
 /** Applies a change of the box to each index that was current before it. */

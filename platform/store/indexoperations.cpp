@@ -29,7 +29,7 @@ bool fileExists(const std::string &path)
 /** Canonical path for an index that is about to be made. */
 PdtmStatus newPath(const char *path, std::string &canonical)
 {
-    const std::string real = path != nullptr ? realPath(path) : std::string();
+    const std::string real = realPathOfNew(path);
     if (real.empty() || isCompanionOfBox(real)) {
         return PdtmBadArgument;
     }

@@ -2,6 +2,8 @@
 
 #include <QTemporaryDir>
 #include <QtTest>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace boxfixture;
 
@@ -13,6 +15,10 @@ private slots:
     void init();
     void create();
     void createRefuses();
+    void createMakesTheFolderAnew();
+    void namesTooLong();
+    void oddNames_data();
+    void oddNames();
     void createTakesNothingFromAnEarlierBox();
     void anyoneCanReadIt();
     void deleteBox();
@@ -71,6 +77,68 @@ void BoxTest::createRefuses()
     QVERIFY(writeFile(internalPath("EMPTY.BOX"), ""));
     QCOMPARE(_BoxCreate("F0:EMPTY.BOX", ApplicationId), PdtmStatus(PdtmExists));
     QCOMPARE(fileBytes(internalPath("EMPTY.BOX")), QByteArray());
+}
+
+void BoxTest::createMakesTheFolderAnew()
+{
+    QVERIFY(QDir(QDir::homePath() + "/Applications").removeRecursively());
+    QCOMPARE(makeBox("F0:ANEW.BOX"), PdtmStatus(PdtmOk));
+    QVERIFY(QFile::exists(internalPath("ANEW.BOX")));
+    QVERIFY(QDir(QDir::homePath() + "/Applications").removeRecursively());
+    QCOMPARE(_IndexCreate("F0:ANEW.IDX", 17), PdtmStatus(PdtmOk));
+    QVERIFY(QFile::exists(internalPath("ANEW.IDX")));
+}
+
+void BoxTest::namesTooLong()
+{
+    const QByteArray folder = QFile::encodeName(internalPath(""));
+    QByteArray deep = folder;
+    while (deep.size() < 200) {
+        deep += "folder/";
+        QVERIFY(QDir().mkpath(QString::fromUtf8(deep)));
+    }
+    const QByteArray longest = deep + QByteArray(251 - deep.size(), 'n') + ".BOX";
+    QCOMPARE(longest.size(), qsizetype(255));
+    QCOMPARE(makeBox(longest.constData()), PdtmStatus(PdtmOk));
+    const uint32_t handle = _BoxOpenRwMode(longest.constData(), 0);
+    QCOMPARE(addCard(handle, "a"), uint16_t(1));
+    QCOMPARE(_BoxClose(handle), PdtmStatus(PdtmOk));
+    QCOMPARE(_BoxDelete(longest.constData()), PdtmStatus(PdtmOk));
+    const QByteArray longer = deep + QByteArray(252 - deep.size(), 'n') + ".BOX";
+    QCOMPARE(_BoxCreate(longer.constData(), ApplicationId), PdtmStatus(PdtmBadArgument));
+    QVERIFY(!QFile::exists(QString::fromUtf8(longer)));
+    const QByteArray noRoomForLock = "F0:" + QByteArray(248, 'n') + ".BOX";
+    QCOMPARE(_BoxCreate(noRoomForLock.constData(), ApplicationId), PdtmStatus(PdtmBadArgument));
+    QCOMPARE(_BoxOpenRwMode(noRoomForLock.constData(), 0), 0U);
+}
+
+void BoxTest::oddNames_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::newRow("question mark") << QByteArray("A?mode=memory.BOX");
+    QTest::newRow("number sign and percent") << QByteArray("A#%00%41.BOX");
+    QTest::newRow("line feed and quote") << QByteArray("A\n'\".BOX");
+    QTest::newRow("no UTF-8") << QByteArray("A\xFF\x83\x5C.BOX");
+    QTest::newRow("a second colon") << QByteArray("A:B.BOX");
+}
+
+void BoxTest::oddNames()
+{
+    QFETCH(QByteArray, name);
+    const QByteArray path = "F0:" + name;
+    QCOMPARE(makeBox(path.constData()), PdtmStatus(PdtmOk));
+    const QByteArray real = QFile::encodeName(internalPath("")) + name;
+    QCOMPARE(access(real.constData(), F_OK), 0);
+    const uint32_t handle = _BoxOpenRwMode(path.constData(), 0);
+    QCOMPARE(addCard(handle, "a"), uint16_t(1));
+    const QByteArray index = path.chopped(3) + "IDX";
+    QCOMPARE(_IndexCreate(index.constData(), 17), PdtmStatus(PdtmOk));
+    QCOMPARE(_IndexUnGroup(index.constData(), handle), PdtmStatus(PdtmOk));
+    char found[256] = {};
+    QCOMPARE(_GetIndexName(path.constData(), 1, found, sizeof found, nullptr), PdtmStatus(PdtmOk));
+    QCOMPARE(QByteArray(found), index);
+    QCOMPARE(_BoxClose(handle), PdtmStatus(PdtmOk));
+    QCOMPARE(_BoxDelete(path.constData()), PdtmStatus(PdtmOk));
 }
 
 void BoxTest::createTakesNothingFromAnEarlierBox()
@@ -398,6 +466,12 @@ void BoxTest::fileTests()
     }
     QVERIFY(QDir().mkpath(internalPath("FOLDER.BOX")));
     QCOMPARE(_DTMFileCheckAppliID("F0:FOLDER.BOX", 3, ApplicationId), PdtmStatus(PdtmDamaged));
+    QCOMPARE(_DTMFileCheckLevel("F0:FOLDER.BOX", 3), PdtmStatus(PdtmDamaged));
+    const QByteArray pipe = QFile::encodeName(internalPath("PIPE.BOX"));
+    QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
+    const auto tidy = qScopeGuard([&] { unlink(pipe.constData()); });
+    QCOMPARE(_DTMFileCheckAppliID("F0:PIPE.BOX", 3, ApplicationId), PdtmStatus(PdtmDamaged));
+    QCOMPARE(_DTMFileCheckLevel("F0:PIPE.BOX", 3), PdtmStatus(PdtmDamaged)); // and doesn't wait for a writer
 }
 
 void BoxTest::fileTestsBesideAHolder()
