@@ -52,11 +52,6 @@ std::string textOf(const void *bytes, size_t size)
     return size > 0 ? std::string(static_cast<const char *>(bytes), size) : std::string();
 }
 
-Bytes bytesOf(const std::string &text)
-{
-    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
-}
-
 /** The place of an information block that may be missing; null for the name of the box and unknown ids. */
 std::optional<std::string> *optionalInfo(IndexDefinition &definition, int id)
 {

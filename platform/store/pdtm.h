@@ -7,8 +7,15 @@
  * that is rebuilt from the box whenever it is missing, damaged or stale.
  *
  * Every path may be a plain path or a logical one: `F0:` in front of a file name stands for the box folder of
- * internal storage. Results are a PdtmStatus unless stated otherwise. No operation throws, and none blocks
- * waiting for another process. A process uses the store from one thread.
+ * internal storage; a path is 255 bytes long at most, and its name leaves room for `-lock` behind it. Results
+ * are a PdtmStatus unless stated otherwise. No operation throws, and none waits for another process to let go
+ * of a box (a tenth of a second at most for SQLite's own short locks). A process uses the store from one
+ * thread. A forked child uses it only after it has run another program: handles and locks stay with its
+ * parent.
+ *
+ * Any operation may give PdtmBadArgument (a null pointer, an invalid path, a handle that isn't open),
+ * PdtmTooShort (memory ran out; nothing has changed, and of an open action nothing is left), PdtmIoError, and
+ * PdtmDamaged when the file turns out to be damaged. What is listed at an operation comes on top of these.
  */
 #ifndef PDTM_H
 #define PDTM_H
@@ -32,23 +39,23 @@ typedef uint16_t PdtmStatus;
 /** The values of PdtmStatus. */
 enum {
     PdtmOk = 0,
-    PdtmBadArgument = 1,      /**< a null pointer, an invalid path, an unknown handle or information id */
-    PdtmMissing = 64,         /**< no such file */
-    PdtmNoSuchCard = 65,      /**< no such card, or the card is not in the index */
-    PdtmNone = 66,            /**< nothing found, or the information is not there */
-    PdtmExists = 67,          /**< the file exists already */
-    PdtmTooShort = 68,        /**< the buffer is too short, or memory ran out */
-    PdtmNoSuchItem = 69,      /**< the box has no item of that code */
-    PdtmDamaged = 70,         /**< the file is no box or index, or its contents contradict themselves */
-    PdtmOutOfSpace = 71,      /**< the volume is full, or the card ids are used up */
-    PdtmAlreadyInIndex = 72,  /**< the card is in the index already */
-    PdtmReadOnly = 73,        /**< the handle, the file or its folder can't be written */
-    PdtmBusy = 74,            /**< somebody else has the box in mode 0 */
-    PdtmWrongApplication = 75,/**< the box belongs to another application id */
-    PdtmIoError = 76,         /**< reading or writing failed */
-    PdtmOtherLanguage = 135,  /**< the file was made under another language code */
-    PdtmNothingToSort = 225,  /**< the index holds no card */
-    PdtmGroupFailed = 254     /**< grouping failed: no parent, or a malformed expression */
+    PdtmBadArgument = 1,       /**< a null pointer, an invalid path, an unknown handle or information id */
+    PdtmMissing = 64,          /**< no such file */
+    PdtmNoSuchCard = 65,       /**< no such card, or the card is not in the index */
+    PdtmNone = 66,             /**< nothing found, or the information is not there */
+    PdtmExists = 67,           /**< the file exists already */
+    PdtmTooShort = 68,         /**< the buffer is too short, or memory ran out */
+    PdtmNoSuchItem = 69,       /**< the box has no item of that code */
+    PdtmDamaged = 70,          /**< the file is no box or index, or its contents contradict themselves */
+    PdtmOutOfSpace = 71,       /**< the volume is full, or the card ids are used up */
+    PdtmAlreadyInIndex = 72,   /**< the card is in the index already */
+    PdtmReadOnly = 73,         /**< the handle, the file or its folder can't be written */
+    PdtmBusy = 74,             /**< somebody else has the box in mode 0 */
+    PdtmWrongApplication = 75, /**< the box belongs to another application id */
+    PdtmIoError = 76,          /**< reading or writing failed */
+    PdtmOtherLanguage = 135,   /**< the file was made under another language code */
+    PdtmNothingToSort = 225,   /**< the index holds no card */
+    PdtmGroupFailed = 254      /**< grouping failed: no parent, or a malformed expression */
 };
 
 /** Item types: the first byte of ITEMDATA. */
@@ -83,39 +90,43 @@ enum {
     PdtmFirstReservedCard = 0xFF00, /**< ids from here on are scratch cards and never in an index */
     PdtmWorkCard = 0xFF00,          /**< scratch copy of the card being edited */
     PdtmLastOrdinaryCard = 0xFEFF,
-    PdtmUnfiledCategory = 254,      /**< in a category term: the cards with no category at all */
-    PdtmInfoRoom = 50               /**< an index information other than the name has at most this many bytes */
+    PdtmUnfiledCategory = 254, /**< in a category term: the cards with no category at all */
+    PdtmInfoRoom = 50          /**< an index information other than the name has at most this many bytes */
 };
 
 /** Index information ids. */
 enum {
-    InfoBoxName = 1,          /**< base name of the box, terminator included */
+    InfoBoxName = 1, /**< base name of the box, terminator included */
     InfoSortExpression = 2,
     InfoSearchExpression = 3,
-    InfoSubset = 32           /**< one byte of value 1: the index holds a subset */
+    InfoSubset = 32 /**< one byte of value 1: the index holds a subset */
 };
 
 /** Description of an item, 44 bytes. */
-typedef struct ITEMDATA {
-    uint8_t type;    /**< ItemTextSjis ... ItemUlong */
-    uint8_t kind;    /**< KindTime ... KindText */
-    char code[4];    /**< exactly four bytes, no terminator */
-    char label[38];  /**< UTF-8, at most 37 bytes used, rest zero */
+typedef struct ITEMDATA
+{
+    uint8_t type;   /**< ItemTextSjis ... ItemUlong */
+    uint8_t kind;   /**< KindTime ... KindText */
+    char code[4];   /**< exactly four bytes, no terminator */
+    char label[38]; /**< UTF-8, at most 37 bytes used, rest zero */
 } ITEMDATA;
 
 /** Names an item of a card, 6 bytes. */
-typedef struct CardItemKey {
+typedef struct CardItemKey
+{
     uint16_t card;
     char code[4];
 } CardItemKey;
 
 /** A moment or a date, opaque; its five bytes order as time does. See ppsettime(). */
-typedef struct PTimeValue {
+typedef struct PTimeValue
+{
     uint8_t bytes[5];
 } PTimeValue;
 
 /** An item of an open box, as PioExtBoxInfo lists it. */
-typedef struct PioExtItem {
+typedef struct PioExtItem
+{
     char code[4];
     uint8_t type;
     uint8_t kind;
@@ -125,12 +136,13 @@ typedef struct PioExtItem {
 } PioExtItem;
 
 /** In-memory description of an open box. */
-typedef struct PioExtBoxInfo {
-    char secondSortItem[4];      /**< first byte 0: there is none */
+typedef struct PioExtBoxInfo
+{
+    char secondSortItem[4]; /**< first byte 0: there is none */
     uint8_t secondSortAscending;
-    char defaultSearchItem[4];   /**< first byte 0: there is none */
+    char defaultSearchItem[4]; /**< first byte 0: there is none */
     uint8_t itemCount;
-    PioExtItem *items;           /**< indexed by item number minus one; the declared items, then the implicit */
+    PioExtItem *items; /**< indexed by item number minus one; the declared items, then the implicit */
 } PioExtBoxInfo;
 
 /** @name Boxes
@@ -138,8 +150,9 @@ typedef struct PioExtBoxInfo {
 
 /** Makes an empty box, whole or not at all (it is written as NAME.new and renamed).
  * @param applicationId its big-endian bytes spell the four characters
- * @return PdtmExists when a file of that name is there, PdtmOutOfSpace, PdtmTooShort, PdtmReadOnly,
- *         PdtmBadArgument for an invalid path */
+ * @return PdtmExists when a file of that name is there, PdtmMissing when its folder isn't (that of internal
+ * storage is made anew), PdtmReadOnly when the folder can't be written, PdtmBusy while another process makes
+ * or holds a box of that name, PdtmOutOfSpace */
 PDTM_EXPORT PdtmStatus _BoxCreate(const char *path, uint32_t applicationId);
 
 /** Deletes the box file and what belongs to it, its indexes excepted.
@@ -151,32 +164,39 @@ PDTM_EXPORT PdtmStatus _BoxDelete(const char *path);
 PDTM_EXPORT uint32_t _BoxOpen(const char *path);
 
 /** Opens a box.
- * @param mode 0: read and write; one holder at a time, in this process too. 1: read only, never conflicts, and
- *        each call reads the newest commit
+ * @param mode 0: read and write; one holder at a time, in this process too. 1: read only, never conflicts,
+ * and each call reads the newest commit
  * @return the handle, 0 on failure. Never waits */
 PDTM_EXPORT uint32_t _BoxOpenRwMode(const char *path, uint8_t mode);
 
-/** Closes a handle; changed indexes of the box are written. */
+/** Closes a handle. That of mode 0 undoes an action that is open, writes the changed indexes of the box and
+ * gives the lock back; the box file alone is whole then. */
 PDTM_EXPORT PdtmStatus _BoxClose(uint32_t handle);
 
-/** Closes a handle; @p flag is 1. Non-zero: the box stays open. */
+/** As _BoxClose(); @p flag is 1. Non-zero: the box stays open, which comes only from a handle that isn't one.
+ */
 PDTM_EXPORT PdtmStatus _BoxCloseEx(uint32_t handle, int flag);
 
-/** Compacts a box that nobody has open in mode 0: its garbage is 0 afterwards. PdtmBusy otherwise. */
+/** Compacts a box that nobody has open in mode 0: its garbage is 0 afterwards.
+ * @return PdtmBusy while somebody has it in mode 0, PdtmMissing, PdtmReadOnly, PdtmOutOfSpace (the changes go
+ *         through the write-ahead file) */
 PDTM_EXPORT PdtmStatus _BoxGarbageCollect(const char *path);
 
-/** Dead bytes in the box file. Works on an open box and beside a holder. */
+/** Dead bytes in the box file, 0xFFFFFFFF when there are more. Works on an open box and beside a holder.
+ * @return PdtmMissing; @p size is unchanged on failure */
 PDTM_EXPORT PdtmStatus _GetBoxGarbageSize(const char *path, uint32_t *size);
 
 /** Adds the items that the box lacks, in the order given. An item that exists keeps its type and label.
  * Succeeds beside a holder when nothing is to be added.
  * @param added non-zero when any item was added
- * @return PdtmBusy when items are to be added and somebody has the box in mode 0, PdtmOutOfSpace, PdtmTooShort
- *         (more than 251 items), PdtmReadOnly, PdtmMissing, PdtmDamaged, PdtmBadArgument (an unknown type) */
+ * @return PdtmBusy when items are to be added and somebody has the box in mode 0, PdtmOutOfSpace,
+ * PdtmTooShort (more than 251 items), PdtmReadOnly, PdtmMissing, PdtmDamaged, PdtmBadArgument (an unknown
+ * type) */
 PDTM_EXPORT PdtmStatus _BoxItemAppend(const char *path, const ITEMDATA *items, int count, uint32_t *added);
 
-/** Fills an ITEMDATA for a code. The caller's buffer is left alone for an unknown code.
- * @param size in: the room, at least 44; out: 44 */
+/** Fills an ITEMDATA for a code. The caller's buffer is left alone on failure.
+ * @param size in: the room, at least 44; out: 44
+ * @return PdtmNoSuchItem, PdtmTooShort for a smaller room */
 PDTM_EXPORT PdtmStatus _BoxItemReadHeap(uint32_t handle, const char *code, void *buffer, uint16_t *size);
 
 /** File test for a box: PdtmOk, PdtmMissing, PdtmTooShort, PdtmWrongApplication, PdtmDamaged; never
@@ -191,8 +211,8 @@ PDTM_EXPORT PdtmStatus _DTMFileCheckLevel(const char *path, int level);
 PDTM_EXPORT PioExtBoxInfo *_PioNewExtBoxInfo(const char *path, uint32_t handle);
 PDTM_EXPORT void _PioDisposeExtBoxInfo(PioExtBoxInfo *info);
 
-/** Item number of a code, from 1; 0 when unknown. The exact code is tried first, then the code with the case of
- * its first letter folded. */
+/** Item number of a code, from 1; 0 when unknown. The exact code is tried first, then the code with the case
+ * of its first letter folded. */
 PDTM_EXPORT uint32_t _PioExtGetItemNo(const PioExtBoxInfo *info, const char *code);
 
 /** Number of the item with the pronunciation of this one: 0, no box declares such pairs. */
@@ -205,9 +225,11 @@ PDTM_EXPORT int PioSetSortCond(void *destination, const PioExtBoxInfo *info, uin
 /** @} */
 
 /** @name Cards
- * Handles of mode 1 give PdtmReadOnly for every operation that changes something.
- * A change of an ordinary card is on the disk, whole, when the call returns with PdtmOk, unless an action is
- * open (DtmBeginAction()). Scratch cards (0xFF00 and above) live in the process until its box closes.
+ * Handles of mode 1 and of _BoxOpen() give PdtmReadOnly for every operation that changes something. A change
+ * gives PdtmOutOfSpace when the volume is full; nothing has changed then, and of an open action nothing is
+ * left. A change of an ordinary card is on the disk, whole, when the call returns with PdtmOk, unless an
+ * action is open (DtmBeginAction()). Scratch cards (0xFF00 and above) live in the process until its box
+ * closes.
  * @{ */
 
 /** Makes an empty card.
@@ -217,7 +239,8 @@ PDTM_EXPORT PdtmStatus _CardCreate(uint32_t handle, uint16_t *card);
 
 /** Copies all items to another card, which is made, or overwritten when it exists.
  * @param destination in: an id, or 0 for a new one; out: the id it got
- * @return PdtmNoSuchCard when there is no source, PdtmOutOfSpace; nothing is changed then */
+ * @return PdtmNoSuchCard when there is no source, PdtmOutOfSpace when the ids are used up, too; nothing is
+ * changed then */
 PDTM_EXPORT PdtmStatus _CardCopy(uint32_t handle, uint16_t source, uint16_t *destination);
 
 /** Deletes a card and takes it out of all indexes; PdtmOk when there is none. */
@@ -229,26 +252,33 @@ PDTM_EXPORT PdtmStatus _CardAllDelete(uint32_t handle, uint8_t mask, uint8_t val
 /** Reads an item.
  * @param buffer may be null when @p size is 0, to learn the length
  * @param size in: the room; out: the length of the item
- * @return PdtmTooShort (nothing copied), PdtmNoSuchCard, PdtmNoSuchItem. An item never written has length 0 */
+ * @return PdtmTooShort (nothing copied), PdtmNoSuchCard, PdtmNoSuchItem. An item never written has length 0
+ */
 PDTM_EXPORT PdtmStatus _CardRead(uint32_t handle, const CardItemKey *key, void *buffer, uint32_t *size);
 
-/** Writes an item; size 0 clears it. */
+/** Writes an item; size 0 clears it. The bytes are taken as they are, whatever the type of the item.
+ * @return PdtmNoSuchCard, PdtmNoSuchItem, PdtmTooShort for a card of more than 64 MB */
 PDTM_EXPORT PdtmStatus _CardWrite(uint32_t handle, const CardItemKey *key, const void *buffer, uint32_t size);
 
-/** Adds a category id to the card's list at once, with no index touched; 254 empties the list. */
+/** Adds a category id to the card's list at once, with no index touched; 254 empties the list. PdtmOk when it
+ * is there already.
+ * @return PdtmNoSuchCard, PdtmNoSuchItem, PdtmBadArgument when the item is no category list */
 PDTM_EXPORT PdtmStatus _CardCategoryAppend(uint32_t handle, const CardItemKey *key, uint8_t category);
 
-/** Takes a category id out of the card's list at once, with no index touched; PdtmOk when it is not there. */
+/** Takes a category id out of the card's list at once, with no index touched; PdtmOk when it is not there.
+ * Otherwise as _CardCategoryAppend(). */
 PDTM_EXPORT PdtmStatus _CardCategoryDelete(uint32_t handle, const CardItemKey *key, uint8_t category);
 
-/** The id that the next new card will get. Ids rise, and are used again only after 0xFEFF. */
+/** The id that the next new card will get. Ids rise, and are used again only after 0xFEFF.
+ * @return PdtmOutOfSpace when the ids are used up */
 PDTM_EXPORT PdtmStatus _ExpectNewCardID(uint32_t handle, uint16_t *card);
 
 /** Begins an action: all changes until the matching DtmEndAction() are one transaction with one
  * synchronisation. Nestable; only the outermost end commits. */
 PDTM_EXPORT PdtmStatus DtmBeginAction(uint32_t handle);
 
-/** Ends an action. A status other than PdtmOk at the outermost end: nothing of the action has happened. */
+/** Ends an action. A status other than PdtmOk at the outermost end: nothing of the action has happened. The
+ * status is that of the change that failed, or of the commit; PdtmBadArgument when no action is open. */
 PDTM_EXPORT PdtmStatus DtmEndAction(uint32_t handle);
 /** @} */
 
@@ -268,11 +298,14 @@ PDTM_EXPORT PdtmStatus _GetIndexName(const char *boxPath, uint32_t ordinal, char
  * PdtmOutOfSpace, PdtmBadArgument */
 PDTM_EXPORT PdtmStatus _IndexCreate(const char *path, int kind);
 
-/** Deletes an index; PdtmMissing when there was none. */
+/** Deletes an index.
+ * @return PdtmMissing when there was none, PdtmBadArgument for a box or a file beside one, PdtmReadOnly */
 PDTM_EXPORT PdtmStatus _IndexDelete(const char *path);
 
 /** New index with the cards and the whole condition of the source and the given sort expression (terminator
- * included). @p kind is 2. It is put in order by _IndexSort(). PdtmExists, PdtmMissing */
+ * included). @p kind is 2. It is put in order by _IndexSort().
+ * @return PdtmExists, PdtmMissing, PdtmTooShort (more than 50 bytes), PdtmBadArgument (a malformed
+ * expression), PdtmReadOnly, PdtmOutOfSpace */
 PDTM_EXPORT PdtmStatus _IndexCopy(const char *source, const char *destination, int kind,
                                   const void *sortExpression, int length);
 
@@ -281,14 +314,20 @@ PDTM_EXPORT PdtmStatus _IndexCopy(const char *source, const char *destination, i
  * @return PdtmNone when the information is not there, PdtmMissing, PdtmDamaged, PdtmTooShort */
 PDTM_EXPORT PdtmStatus _IndexInfoRead(const char *path, int id, void *buffer, uint16_t *size);
 
-/** Writes an index information; takes effect with the next sort or group. */
+/** Writes an index information; takes effect with the next sort or group.
+ * @return PdtmMissing, PdtmTooShort (more than 50 bytes, of the name more than 256), PdtmReadOnly,
+ * PdtmOutOfSpace */
 PDTM_EXPORT PdtmStatus _IndexInfoWrite(const char *path, int id, const void *buffer, uint16_t length);
 
 /** As _IndexInfoWrite(), and refuses what the index can't hold (PdtmTooShort) or what is malformed
  * (PdtmBadArgument). */
-PDTM_EXPORT PdtmStatus _IndexInfoWriteWithCheck(const char *path, int id, const void *buffer, uint16_t length);
+PDTM_EXPORT PdtmStatus _IndexInfoWriteWithCheck(const char *path, int id, const void *buffer,
+                                                uint16_t length);
 
-/** Sorts anew by the stored expression; PdtmNothingToSort on an index with no cards. */
+/** Sorts anew by the stored expression, and writes the index.
+ * @return PdtmNothingToSort on an index with no cards; PdtmMissing, PdtmBadArgument (a malformed expression,
+ * or a handle of another box), PdtmReadOnly or PdtmOutOfSpace when the file can't be written: nothing changes
+ *         then, and the index goes on in memory as it was */
 PDTM_EXPORT PdtmStatus _IndexSort(const char *path, uint32_t handle);
 
 /** Fills an index with the cards of @p parent that satisfy its own search expression, in its own order, or in
@@ -313,7 +352,8 @@ PDTM_EXPORT PdtmStatus _IndexSearch(const char *path, uint32_t handle, const voi
 
 /** Puts one card in at its sorted place, whether it satisfies the condition or not. PdtmAlreadyInIndex (with
  * its index number), PdtmNoSuchCard, PdtmBadArgument for a reserved id */
-PDTM_EXPORT PdtmStatus _IndexNoAppend(const char *path, uint32_t handle, uint16_t card, uint16_t *indexNumber);
+PDTM_EXPORT PdtmStatus _IndexNoAppend(const char *path, uint32_t handle, uint16_t card,
+                                      uint16_t *indexNumber);
 
 /** Takes one card out; PdtmNone when there is no such index number. */
 PDTM_EXPORT PdtmStatus _IndexNoDelete(const char *path, uint16_t indexNumber);
@@ -325,8 +365,8 @@ PDTM_EXPORT PdtmStatus _IndexNoToCardID(const char *path, uint16_t indexNumber, 
 PDTM_EXPORT PdtmStatus _CardIDToIndexNo(const char *path, uint16_t card, uint16_t *indexNumber);
 
 /** Ordinal, from 1, of an index number among the visible cards; PdtmNone. The flag is 0. */
-PDTM_EXPORT PdtmStatus _IndexNoToNumber(const char *path, uint8_t mask, uint8_t value, uint8_t third, int flag,
-                                        uint16_t indexNumber, uint16_t *number);
+PDTM_EXPORT PdtmStatus _IndexNoToNumber(const char *path, uint8_t mask, uint8_t value, uint8_t third,
+                                        int flag, uint16_t indexNumber, uint16_t *number);
 
 /** Index number of the n-th visible card behind the start position.
  * @param direction 0 forward, 1 backward @param indexNumber in: where to start; out: the result. PdtmNone */
@@ -348,8 +388,8 @@ PDTM_EXPORT PdtmStatus _PrevIndexNo(const char *path, uint8_t mask, uint8_t valu
 /** Sets the language code for text order and file checks, such as "ja"; Japanese until it is called. */
 PDTM_EXPORT PdtmStatus DtmSetLanguage(const char *language);
 
-/** Pointer into @p path at the base name, null for an invalid path: an empty one, one longer than 255 bytes, one
- * that names another drive, one without a base name. */
+/** Pointer into @p path at the base name, null for an invalid path: an empty one, one longer than 255 bytes,
+ * one that names another drive, one without a base name. */
 PDTM_EXPORT const char *DtmGetBaseNamePtr(const char *path);
 
 /** Turns a logical path into a file system path. @param destination 4096 bytes */
@@ -359,7 +399,8 @@ PDTM_EXPORT PdtmStatus FileGetRealPath(char *destination, const char *logicalPat
  * bytes */
 PDTM_EXPORT PdtmStatus GetBuiltinStorageDtmPath(char *destination);
 
-/** Folder of the boxes on a card, relative to its mount point: "/Applications/dtm". @param destination 64 bytes */
+/** Folder of the boxes on a card, relative to its mount point: "/Applications/dtm". @param destination 64
+ * bytes */
 PDTM_EXPORT PdtmStatus GetExternalStorageDtmPath(char *destination);
 
 /** Completes a name such as `ppinKYA0.` to a name in @p directory that doesn't exist yet, counting up in the
@@ -381,8 +422,8 @@ PDTM_EXPORT int DtmIsEnoughStorageForOperation(uint32_t handle, int kind);
 /** Test of the store's data of this process: 0 when it is in order. */
 PDTM_EXPORT PdtmStatus CheckFINFO(void);
 
-/** Builds a PTimeValue. Years 0 to 9999, months 0 to 15, days and hours 0 to 31, minutes and seconds 0 to 63 are
- * kept; hour 31, minute 63, second 63 mean a date with no time. PdtmBadArgument outside these */
+/** Builds a PTimeValue. Years 0 to 9999, months 0 to 15, days and hours 0 to 31, minutes and seconds 0 to 63
+ * are kept; hour 31, minute 63, second 63 mean a date with no time. PdtmBadArgument outside these */
 PDTM_EXPORT PdtmStatus ppsettime(void *destination, int year, int month, int day, int hour, int minute,
                                  int second);
 

@@ -10,12 +10,18 @@ namespace pdtm {
 
 using Bytes = std::span<const uint8_t>;
 
+/** Bytes that are held as text. */
+[[nodiscard]] inline Bytes bytesOf(const std::string &text)
+{
+    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
+}
+
 /**
  * A card as it stands in the box: its written items, packed into one value.
  *
  * Layout: for each item that has a length other than 0, by rising storage id: the storage id (one byte), the
- * length (LEB128, at most five bytes), the bytes. The view doesn't own the memory. Reading is bounds-checked: a
- * truncated or contradictory value ends at the last whole item.
+ * length (LEB128, at most five bytes), the bytes. The view doesn't own the memory. Reading is bounds-checked:
+ * a truncated or contradictory value ends at the last whole item.
  */
 class RecordView
 {
