@@ -16,6 +16,7 @@ constexpr int64_t ApplicationMagic = 0x50445442; // "PDTB"
 constexpr int64_t FormatVersion = 1;
 constexpr int BusyMilliseconds = 100; // SQLite's own short locks: recovery, the end of a connection
 constexpr uint64_t LeastFreeSpace = 64 << 10;
+constexpr int64_t LargestCounter = INT64_MAX / 2; // it has to rise
 constexpr int64_t SmallestFile = 512;
 constexpr uint64_t FrameHeaderSize = 24;
 
@@ -321,7 +322,8 @@ PdtmStatus BoxDatabase::verifyFile()
 
 PdtmStatus BoxDatabase::verifyTables()
 {
-    Statement statement("SELECT name, sql FROM sqlite_schema WHERE name NOT LIKE 'sqlite!_stat%' ESCAPE '!'");
+    Statement statement("SELECT name, sql FROM sqlite_schema "
+                        "WHERE NOT (type = 'table' AND name LIKE 'sqlite!_stat%' ESCAPE '!')");
     statement.on(m_connection);
     size_t found = 0;
     int result = SQLITE_OK;
@@ -355,7 +357,7 @@ PdtmStatus BoxDatabase::readState(BoxState &state)
         return result == SQLITE_DONE ? PdtmStatus(PdtmDamaged) : statusOf(result);
     const int64_t nextCard = statement.number(2);
     const int64_t counter = statement.number(3);
-    if (nextCard < 1 || nextCard > PdtmFirstReservedCard || counter < 1)
+    if (nextCard < 1 || nextCard > PdtmFirstReservedCard || counter < 1 || counter > LargestCounter)
         return PdtmDamaged;
     state.applicationId = static_cast<uint32_t>(statement.number(0));
     state.syncId = static_cast<uint32_t>(statement.number(1));

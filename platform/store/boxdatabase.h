@@ -10,12 +10,6 @@
 
 namespace pdtm {
 
-/** The bytes of a packed record that is held as text. */
-[[nodiscard]] inline Bytes bytesOf(const std::string &packed)
-{
-    return {reinterpret_cast<const uint8_t *>(packed.data()), packed.size()};
-}
-
 /** The one row of the table `box`. */
 struct BoxState
 {

@@ -22,13 +22,18 @@ PdtmStatus BoxLock::acquire(const std::string &boxPath)
         return status;
     }
     m_file = file;
+    m_process = getpid();
     return PdtmOk;
 }
 
 void BoxLock::release()
 {
-    if (m_file >= 0)
-        close(m_file);
+    if (m_file < 0)
+        return;
+    // A close alone would leave the lock with a child that was forked meanwhile.
+    if (m_process == getpid())
+        flock(m_file, LOCK_UN);
+    close(m_file);
     m_file = -1;
 }
 

@@ -4,6 +4,7 @@
 #include "pdtm.h"
 
 #include <string>
+#include <sys/types.h>
 
 namespace pdtm {
 
@@ -26,6 +27,7 @@ public:
 
 private:
     int m_file = -1;
+    pid_t m_process = 0; ///< who took it: a forked child has a copy that it must not give back
 };
 
 } // namespace pdtm

@@ -2,6 +2,7 @@
 #include "boxregistry.h"
 #include "environment.h"
 #include "filesystem.h"
+#include "guarded.h"
 #include "indexfamily.h"
 #include "indexfile.h"
 
@@ -100,7 +101,7 @@ template <typename Work> PdtmStatus whileHeld(const BorrowedBox &box, Work work)
 {
     if (const PdtmStatus status = box->hold(); status != PdtmOk)
         return status;
-    const PdtmStatus status = work();
+    const PdtmStatus status = guarded(work);
     BoxRegistry::instance().release(*box);
     return status;
 }
@@ -112,7 +113,7 @@ bool looksLikeBox(const std::string &path)
     if (BoxFile::ifOpen(path))
         return true;
     BoxRegistry::instance().forget(path);
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     char magic[SqliteMagic.size()] = {};
     const bool isRead = file >= 0 && read(file, magic, sizeof magic) == static_cast<ssize_t>(sizeof magic);
     if (file >= 0)
@@ -133,11 +134,9 @@ PdtmStatus lockFolderEntry(BoxLock &lock, const std::string &real)
     return canWriteFolder(real) ? lock.acquire(real) : PdtmStatus(PdtmReadOnly);
 }
 
-} // namespace
-
-PdtmStatus _BoxCreate(const char *path, uint32_t applicationId)
+PdtmStatus createBox(const char *path, uint32_t applicationId)
 {
-    const std::string real = realPath(path);
+    const std::string real = realPathOfNew(path);
     if (real.empty())
         return PdtmBadArgument;
     if (fileIdentity(real))
@@ -153,7 +152,7 @@ PdtmStatus _BoxCreate(const char *path, uint32_t applicationId)
     return status;
 }
 
-PdtmStatus _BoxDelete(const char *path)
+PdtmStatus deleteBox(const char *path)
 {
     const std::string real = canonicalPath(realPath(path));
     if (real.empty())
@@ -173,34 +172,7 @@ PdtmStatus _BoxDelete(const char *path)
     return status;
 }
 
-uint32_t _BoxOpen(const char *path)
-{
-    const std::string real = realPath(path);
-    uint32_t handle = 0;
-    return !real.empty() && BoxRegistry::instance().open(real, OpenMode::Brief, handle) == PdtmOk ? handle
-                                                                                                  : 0;
-}
-
-uint32_t _BoxOpenRwMode(const char *path, uint8_t mode)
-{
-    const std::string real = realPath(path);
-    if (real.empty() || mode > HighestMode)
-        return 0;
-    uint32_t handle = 0;
-    return BoxRegistry::instance().open(real, static_cast<OpenMode>(mode), handle) == PdtmOk ? handle : 0;
-}
-
-PdtmStatus _BoxClose(uint32_t handle)
-{
-    return BoxRegistry::instance().close(handle);
-}
-
-PdtmStatus _BoxCloseEx(uint32_t handle, int)
-{
-    return BoxRegistry::instance().close(handle);
-}
-
-PdtmStatus _BoxGarbageCollect(const char *path)
+PdtmStatus collectGarbage(const char *path)
 {
     const std::string real = realPath(path);
     if (real.empty())
@@ -211,7 +183,7 @@ PdtmStatus _BoxGarbageCollect(const char *path)
     return whileHeld(box, [&] { return box->database().collectGarbage(); });
 }
 
-PdtmStatus _GetBoxGarbageSize(const char *path, uint32_t *size)
+PdtmStatus readGarbageSize(const char *path, uint32_t *size)
 {
     const std::string real = realPath(path);
     if (real.empty() || !size)
@@ -226,7 +198,7 @@ PdtmStatus _GetBoxGarbageSize(const char *path, uint32_t *size)
     return status;
 }
 
-PdtmStatus _BoxItemAppend(const char *path, const ITEMDATA *items, int count, uint32_t *added)
+PdtmStatus appendItems(const char *path, const ITEMDATA *items, int count, uint32_t *added)
 {
     const std::string real = realPath(path);
     if (real.empty() || count < 0 || (count > 0 && !items))
@@ -251,7 +223,7 @@ PdtmStatus _BoxItemAppend(const char *path, const ITEMDATA *items, int count, ui
     return status;
 }
 
-PdtmStatus _BoxItemReadHeap(uint32_t handle, const char *code, void *buffer, uint16_t *size)
+PdtmStatus readItemDescription(uint32_t handle, const char *code, void *buffer, uint16_t *size)
 {
     const OpenHandle *open = BoxRegistry::instance().find(handle);
     if (!open || !code || !buffer || !size)
@@ -273,7 +245,7 @@ PdtmStatus _BoxItemReadHeap(uint32_t handle, const char *code, void *buffer, uin
     return PdtmOk;
 }
 
-PdtmStatus _DTMFileCheckAppliID(const char *path, int, uint32_t applicationId)
+PdtmStatus checkApplication(const char *path, uint32_t applicationId)
 {
     const std::string real = realPath(path);
     if (real.empty())
@@ -284,7 +256,7 @@ PdtmStatus _DTMFileCheckAppliID(const char *path, int, uint32_t applicationId)
     return box->state().applicationId == applicationId ? PdtmOk : PdtmWrongApplication;
 }
 
-PdtmStatus _DTMFileCheckLevel(const char *path, int level)
+PdtmStatus checkFile(const char *path, int level)
 {
     const std::string real = realPath(path);
     if (real.empty())
@@ -299,6 +271,78 @@ PdtmStatus _DTMFileCheckLevel(const char *path, int level)
     if (box->state().language != language())
         return PdtmOtherLanguage;
     return level == ThoroughLevel ? fileTestStatus(box->database().checkThoroughly()) : PdtmStatus(PdtmOk);
+}
+
+uint32_t openBox(const char *path, OpenMode mode)
+{
+    uint32_t handle = 0;
+    const PdtmStatus status = guarded([&]() -> PdtmStatus {
+        const std::string real = realPath(path);
+        return real.empty() ? PdtmStatus(PdtmBadArgument) : BoxRegistry::instance().open(real, mode, handle);
+    });
+    return status == PdtmOk ? handle : 0;
+}
+
+} // namespace
+
+PdtmStatus _BoxCreate(const char *path, uint32_t applicationId)
+{
+    return guarded([&] { return createBox(path, applicationId); });
+}
+
+PdtmStatus _BoxDelete(const char *path)
+{
+    return guarded([&] { return deleteBox(path); });
+}
+
+uint32_t _BoxOpen(const char *path)
+{
+    return openBox(path, OpenMode::Brief);
+}
+
+uint32_t _BoxOpenRwMode(const char *path, uint8_t mode)
+{
+    return mode <= HighestMode ? openBox(path, static_cast<OpenMode>(mode)) : 0;
+}
+
+PdtmStatus _BoxClose(uint32_t handle)
+{
+    return guarded([&] { return BoxRegistry::instance().close(handle); });
+}
+
+PdtmStatus _BoxCloseEx(uint32_t handle, int)
+{
+    return guarded([&] { return BoxRegistry::instance().close(handle); });
+}
+
+PdtmStatus _BoxGarbageCollect(const char *path)
+{
+    return guarded([&] { return collectGarbage(path); });
+}
+
+PdtmStatus _GetBoxGarbageSize(const char *path, uint32_t *size)
+{
+    return guarded([&] { return readGarbageSize(path, size); });
+}
+
+PdtmStatus _BoxItemAppend(const char *path, const ITEMDATA *items, int count, uint32_t *added)
+{
+    return guarded([&] { return appendItems(path, items, count, added); });
+}
+
+PdtmStatus _BoxItemReadHeap(uint32_t handle, const char *code, void *buffer, uint16_t *size)
+{
+    return guarded([&] { return readItemDescription(handle, code, buffer, size); });
+}
+
+PdtmStatus _DTMFileCheckAppliID(const char *path, int, uint32_t applicationId)
+{
+    return guarded([&] { return checkApplication(path, applicationId); });
+}
+
+PdtmStatus _DTMFileCheckLevel(const char *path, int level)
+{
+    return guarded([&] { return checkFile(path, level); });
 }
 
 PdtmStatus CheckFINFO(void)

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <unistd.h>
 
 namespace pdtm {
@@ -23,9 +24,20 @@ bool isOnInternalStorage(const std::string &path)
     return internal && file && internal->device == file->device;
 }
 
+/** Runs a test of a box; false when memory runs short. */
+template <typename Test> bool holds(Test test) noexcept
+{
+    try {
+        return test();
+    } catch (const std::exception &) {
+        return false;
+    }
+}
+
 bool mayRest(SqliteBox &box)
 {
-    return !box.isDeleted() && !box.database().isReadOnly() && isOnInternalStorage(box.path());
+    return holds(
+        [&] { return !box.isDeleted() && !box.database().isReadOnly() && isOnInternalStorage(box.path()); });
 }
 
 } // namespace
@@ -64,7 +76,9 @@ bool BoxRegistry::hasHandle(const SqliteBox &box) const
 /** Resting connections that no longer show what stands in the file are of no use. */
 void BoxRegistry::dropTouched()
 {
-    std::erase_if(m_boxes, [this](const auto &box) { return !hasHandle(*box) && !box->isUntouched(); });
+    std::erase_if(m_boxes, [this](const auto &box) {
+        return !hasHandle(*box) && !holds([&] { return box->isUntouched(); });
+    });
 }
 
 void BoxRegistry::dropUnused()
@@ -72,8 +86,11 @@ void BoxRegistry::dropUnused()
     std::erase_if(m_boxes, [this](const auto &box) {
         if (hasHandle(*box))
             return false;
-        box->rest();
-        return !mayRest(*box);
+        const bool isNoted = holds([&] {
+            box->rest();
+            return true;
+        });
+        return !isNoted || !mayRest(*box);
     });
 }
 
@@ -142,6 +159,7 @@ std::shared_ptr<SqliteBox> BoxRegistry::ifOpen(const std::string &realPath) cons
 
 PdtmStatus BoxRegistry::open(const std::string &realPath, OpenMode mode, uint32_t &handle)
 {
+    m_handles.reserve(m_handles.size() + 1); // nothing fails once the lock is taken
     std::shared_ptr<SqliteBox> box;
     PdtmStatus status = borrow(realPath, box);
     if (status == PdtmOk && mode == OpenMode::Hold)

@@ -1,5 +1,7 @@
 #include "cardcache.h"
 
+#include "guarded.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -51,9 +53,10 @@ PdtmStatus CardCache::find(CardId card, RecordView &record) const
 uint8_t *CardCache::room(size_t size)
 {
     if (m_blockRoom < size) {
-        m_blockRoom = std::max(size, BlockSize);
-        m_blocks.push_back(std::make_unique_for_overwrite<uint8_t[]>(m_blockRoom));
+        const size_t blockSize = std::max(size, BlockSize);
+        m_blocks.push_back(std::make_unique_for_overwrite<uint8_t[]>(blockSize));
         m_free = m_blocks.back().get();
+        m_blockRoom = blockSize;
     }
     uint8_t *place = m_free;
     m_free += size;
@@ -111,12 +114,15 @@ void CardCache::load(BoxDatabase &database)
         m_misses = MissesAfterRefusal;
         return;
     }
-    m_cards.resize(PdtmFirstReservedCard, nullptr);
     const auto keep = [this](CardId card, RecordView record) {
         append(card, record.packed());
         return true;
     };
-    if (database.forEachCard(1, PdtmLastOrdinaryCard, keep) != PdtmOk) {
+    const PdtmStatus status = guarded([&] {
+        m_cards.resize(PdtmFirstReservedCard, nullptr);
+        return database.forEachCard(1, PdtmLastOrdinaryCard, keep);
+    });
+    if (status != PdtmOk) { // half of the cards would be taken for all
         clear();
         m_misses = MissesAfterRefusal;
     }

@@ -1,8 +1,10 @@
 // The operations on cards, of the C interface.
 #include "boxregistry.h"
+#include "guarded.h"
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 
 using namespace pdtm;
 
@@ -19,7 +21,15 @@ template <typename Work> PdtmStatus change(uint32_t handle, Work work)
     const OpenHandle *open = find(handle);
     if (!open)
         return PdtmBadArgument;
-    return open->mode == OpenMode::Hold ? work(*open->box) : PdtmStatus(PdtmReadOnly);
+    if (open->mode != OpenMode::Hold)
+        return PdtmReadOnly;
+    const int depth = open->box->actionDepth();
+    try {
+        return work(*open->box);
+    } catch (const std::exception &) { // only memory can run short
+        open->box->abandonAction(depth, PdtmTooShort);
+        return PdtmTooShort;
+    }
 }
 
 /** Finds the item that a key names and its bytes on the card. */
@@ -51,6 +61,24 @@ template <typename Edit> PdtmStatus changeCategories(uint32_t handle, const Card
     });
 }
 
+PdtmStatus readItem(uint32_t handle, const CardItemKey *key, void *buffer, uint32_t *size)
+{
+    const OpenHandle *open = find(handle);
+    if (!open || !key || !size || (!buffer && *size > 0))
+        return PdtmBadArgument;
+    if (const PdtmStatus status = open->box->refresh(); status != PdtmOk)
+        return status;
+    const ItemDescription *item = nullptr;
+    Bytes value;
+    if (const PdtmStatus status = findItem(*open->box, *key, item, value); status != PdtmOk)
+        return status;
+    const bool fits = value.size() <= *size;
+    if (buffer && fits && !value.empty())
+        std::memcpy(buffer, value.data(), value.size());
+    *size = static_cast<uint32_t>(value.size());
+    return fits ? PdtmOk : PdtmTooShort;
+}
+
 } // namespace
 
 PdtmStatus _CardCreate(uint32_t handle, uint16_t *card)
@@ -79,21 +107,7 @@ PdtmStatus _CardAllDelete(uint32_t handle, uint8_t mask, uint8_t value, uint8_t)
 
 PdtmStatus _CardRead(uint32_t handle, const CardItemKey *key, void *buffer, uint32_t *size)
 {
-    const OpenHandle *open = find(handle);
-    if (!open || !key || !size || (!buffer && *size > 0))
-        return PdtmBadArgument;
-    const uint32_t room = *size;
-    if (const PdtmStatus status = open->box->refresh(); status != PdtmOk)
-        return status;
-    const ItemDescription *item = nullptr;
-    Bytes value;
-    if (const PdtmStatus status = findItem(*open->box, *key, item, value); status != PdtmOk)
-        return status;
-    const bool fits = value.size() <= room;
-    if (buffer && fits && !value.empty())
-        std::memcpy(buffer, value.data(), value.size());
-    *size = static_cast<uint32_t>(value.size());
-    return fits ? PdtmOk : PdtmTooShort;
+    return guarded([&] { return readItem(handle, key, buffer, size); });
 }
 
 PdtmStatus _CardWrite(uint32_t handle, const CardItemKey *key, const void *buffer, uint32_t size)
@@ -132,7 +146,9 @@ PdtmStatus _CardCategoryDelete(uint32_t handle, const CardItemKey *key, uint8_t 
 PdtmStatus _ExpectNewCardID(uint32_t handle, uint16_t *card)
 {
     const OpenHandle *open = find(handle);
-    return open && card ? open->box->expectNewCard(*card) : PdtmStatus(PdtmBadArgument);
+    if (!open || !card)
+        return PdtmBadArgument;
+    return guarded([&] { return open->box->expectNewCard(*card); });
 }
 
 PdtmStatus DtmBeginAction(uint32_t handle)
@@ -148,7 +164,8 @@ PdtmStatus DtmEndAction(uint32_t handle)
 uint32_t DtmGetSyncId(uint32_t handle)
 {
     const OpenHandle *open = find(handle);
-    return open && open->box->refresh() == PdtmOk ? open->box->state().syncId : 0;
+    const bool isKnown = open && guarded([&] { return open->box->refresh(); }) == PdtmOk;
+    return isKnown ? open->box->state().syncId : 0;
 }
 
 PdtmStatus DtmUpdateSyncId(uint32_t handle)

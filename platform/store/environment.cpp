@@ -49,20 +49,25 @@ bool makeFolder(const std::string &folder)
     return mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST;
 }
 
+std::string &madeFolder()
+{
+    static std::string folder;
+    return folder;
+}
+
 /** The folder of internal storage without a slash at the end; empty when there is no home or it can't be
  * made. */
 std::string internalFolder()
 {
-    static std::string madeFolder;
     const char *home = std::getenv("HOME");
     if (!home || !*home)
         return {};
     std::string folder = std::string(home) + CardFolder;
-    if (folder == madeFolder)
+    if (folder == madeFolder())
         return folder;
     if (!makeFolder(folder.substr(0, folder.rfind('/'))) || !makeFolder(folder))
         return {};
-    madeFolder = folder;
+    madeFolder() = folder;
     return folder;
 }
 
@@ -118,6 +123,12 @@ std::string realPath(const char *logicalPath)
         return std::string(path);
     const std::string folder = internalFolder();
     return folder.empty() ? folder : folder + "/" + std::string(path.substr(InternalDrive.size()));
+}
+
+std::string realPathOfNew(const char *logicalPath)
+{
+    madeFolder().clear();
+    return realPath(logicalPath);
 }
 
 std::string directoryPart(const std::string &path)

@@ -52,7 +52,8 @@ extern "C" PioExtBoxInfo *_PioNewExtBoxInfo(const char *path, uint32_t handle)
 {
     const std::shared_ptr<BoxFile> box = BoxFile::ofHandle(handle);
     try {
-        return path && box ? new OwnedBoxInfo(box->schema()) : nullptr;
+        const bool isReadable = path && box && box->changeCounter() != 0; // brings the schema up to date
+        return isReadable ? new OwnedBoxInfo(box->schema()) : nullptr;
     } catch (const std::bad_alloc &) {
         return nullptr;
     }

@@ -37,6 +37,8 @@ PdtmStatus synchronise(const std::string &path, int flags)
     return file.number() >= 0 && fsync(file.number()) == 0 ? PdtmStatus(PdtmOk) : statusOfError(errno);
 }
 
+} // namespace
+
 bool writeAll(int file, const char *data, size_t size)
 {
     while (size > 0) {
@@ -48,8 +50,6 @@ bool writeAll(int file, const char *data, size_t size)
     }
     return true;
 }
-
-} // namespace
 
 std::optional<FileIdentity> fileIdentity(const std::string &path)
 {
@@ -126,7 +126,11 @@ PdtmStatus statusOfError(int error)
     case EPERM:
         return PdtmReadOnly;
     case ENOMEM:
+    case EMFILE:
+    case ENFILE:
         return PdtmTooShort;
+    case ENAMETOOLONG:
+        return PdtmBadArgument;
     default:
         return PdtmIoError;
     }

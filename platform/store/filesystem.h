@@ -26,6 +26,8 @@ struct FileIdentity
 /** Waits until file and folder entry are on the disk. PdtmIoError, PdtmOutOfSpace */
 [[nodiscard]] PdtmStatus synchroniseFile(const std::string &path);
 [[nodiscard]] PdtmStatus synchroniseFolder(const std::string &folder);
+/** Writes all bytes to an open file; false with errno set when that fails. */
+[[nodiscard]] bool writeAll(int file, const char *data, size_t size);
 /** PdtmIoError, PdtmOutOfSpace */
 [[nodiscard]] PdtmStatus copyFile(const std::string &source, const std::string &destination);
 /** Renames, but never onto a file that is there: PdtmExists. */

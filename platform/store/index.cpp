@@ -8,11 +8,6 @@ namespace pdtm {
 
 namespace {
 
-Bytes bytesOf(const std::string &text)
-{
-    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
-}
-
 /** A malformed expression, which only a forged file can bring here, orders by card id. */
 SortExpression parsedOrder(const std::string &expression)
 {

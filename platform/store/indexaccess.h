@@ -1,21 +1,10 @@
 #ifndef PDTM_INDEXACCESS_H
 #define PDTM_INDEXACCESS_H
 
+#include "guarded.h"
 #include "indexregistry.h"
 
-#include <exception>
-
 namespace pdtm {
-
-/** Runs an operation of the C interface; no exception leaves it. */
-template <typename Operation> PdtmStatus guarded(Operation operation) noexcept
-{
-    try {
-        return operation();
-    } catch (const std::exception &) { // only memory can run short
-        return PdtmTooShort;
-    }
-}
 
 /** The box behind a handle, if it is the one that the index is made for. PdtmBadArgument otherwise. */
 [[nodiscard]] inline PdtmStatus boxOf(uint32_t handle, const Index &index, std::shared_ptr<BoxFile> &box)

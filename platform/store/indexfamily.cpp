@@ -48,13 +48,18 @@ void invalidateAll(Family &family)
 /** Runs what the box reports. When memory runs short the indexes are built anew at their next use. */
 template <typename Work> void contained(BoxFile &box, Work work)
 {
-    Family &family = registry().familyOf(box);
+    Family *family = nullptr;
     try {
-        work(family);
+        family = &registry().familyOf(box);
+        work(*family);
     } catch (const std::exception &) {
-        invalidateAll(family);
+        if (family) {
+            invalidateAll(*family);
+        }
     }
-    family.counter = box.changeCounter();
+    if (family) {
+        family->counter = box.changeCounter();
+    }
 }
 
 /** Applies a change of the box to each index that was current before it. */
@@ -119,7 +124,7 @@ void cardWritten(BoxFile &box, CardId card, RecordView record)
 {
     // An index that has to be built anew reads the box, which ends the life of the view.
     const std::string packed(record.packed().begin(), record.packed().end());
-    const RecordView kept(Bytes(reinterpret_cast<const uint8_t *>(packed.data()), packed.size()));
+    const RecordView kept(bytesOf(packed));
     apply(box, [&](Index &index) { index.place(box, card, kept); });
 }
 

@@ -2,6 +2,7 @@
 
 #include "checksum.h"
 #include "environment.h"
+#include "filesystem.h"
 
 #include <algorithm>
 #include <bit>
@@ -401,8 +402,7 @@ void appendOrder(std::string &out, const OrderImage &order)
 
 std::string fileImage(const std::string &definition, const OrderImage &order)
 {
-    const uint64_t checksum =
-        checksumOf(Bytes(reinterpret_cast<const uint8_t *>(definition.data()), definition.size()));
+    const uint64_t checksum = checksumOf(bytesOf(definition));
     const auto length = static_cast<uint32_t>(definition.size());
     std::string out;
     out.reserve(2 * definition.size() + order.cards.size() * BytesPerCard + order.keys.size() + 128);
@@ -421,19 +421,6 @@ std::string fileImage(const std::string &definition, const OrderImage &order)
     return out;
 }
 
-bool writeAll(int file, const std::string &bytes)
-{
-    size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
-        if (written < 0) {
-            return false;
-        }
-        done += static_cast<size_t>(written);
-    }
-    return true;
-}
-
 /** Result 0 or an errno. */
 int writeNewFile(const std::string &path, const std::string &bytes, FileStamp &stamp)
 {
@@ -443,7 +430,7 @@ int writeNewFile(const std::string &path, const std::string &bytes, FileStamp &s
         return errno;
     }
     struct stat status = {};
-    const bool written = writeAll(file, bytes) && fstat(file, &status) == 0;
+    const bool written = writeAll(file, bytes.data(), bytes.size()) && fstat(file, &status) == 0;
     const int writeError = written ? 0 : errno;
     const int closeError = close(file) == 0 ? 0 : errno;
     stamp = stampFrom(status);

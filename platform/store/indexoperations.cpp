@@ -29,7 +29,7 @@ bool fileExists(const std::string &path)
 /** Canonical path for an index that is about to be made. */
 PdtmStatus newPath(const char *path, std::string &canonical)
 {
-    const std::string real = path != nullptr ? realPath(path) : std::string();
+    const std::string real = realPathOfNew(path);
     if (real.empty() || isCompanionOfBox(real)) {
         return PdtmBadArgument;
     }
@@ -50,11 +50,6 @@ PdtmStatus make(std::string path, IndexDefinition definition, IndexOrder order, 
 std::string textOf(const void *bytes, size_t size)
 {
     return size > 0 ? std::string(static_cast<const char *>(bytes), size) : std::string();
-}
-
-Bytes bytesOf(const std::string &text)
-{
-    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
 }
 
 /** The place of an information block that may be missing; null for the name of the box and unknown ids. */

@@ -129,8 +129,9 @@ Family &IndexRegistry::familyAt(const std::string &boxPath)
 {
     std::unique_ptr<Family> &family = m_families[boxPath];
     if (!family) {
-        family = std::make_unique<Family>();
-        family->boxPath = boxPath;
+        auto made = std::make_unique<Family>();
+        made->boxPath = boxPath;
+        family = std::move(made);
     }
     return *family;
 }

@@ -7,8 +7,15 @@
  * that is rebuilt from the box whenever it is missing, damaged or stale.
  *
  * Every path may be a plain path or a logical one: `F0:` in front of a file name stands for the box folder of
- * internal storage. Results are a PdtmStatus unless stated otherwise. No operation throws, and none blocks
- * waiting for another process. A process uses the store from one thread.
+ * internal storage; a path is 255 bytes long at most, and its name leaves room for `-lock` behind it. Results
+ * are a PdtmStatus unless stated otherwise. No operation throws, and none waits for another process to let go
+ * of a box (a tenth of a second at most for SQLite's own short locks). A process uses the store from one
+ * thread. A forked child uses it only after it has run another program: handles and locks stay with its
+ * parent.
+ *
+ * Any operation may give PdtmBadArgument (a null pointer, an invalid path, a handle that isn't open),
+ * PdtmTooShort (memory ran out; nothing has changed, and of an open action nothing is left), PdtmIoError, and
+ * PdtmDamaged when the file turns out to be damaged. What is listed at an operation comes on top of these.
  */
 #ifndef PDTM_H
 #define PDTM_H
@@ -143,8 +150,9 @@ typedef struct PioExtBoxInfo
 
 /** Makes an empty box, whole or not at all (it is written as NAME.new and renamed).
  * @param applicationId its big-endian bytes spell the four characters
- * @return PdtmExists when a file of that name is there, PdtmOutOfSpace, PdtmTooShort, PdtmReadOnly,
- *         PdtmBadArgument for an invalid path */
+ * @return PdtmExists when a file of that name is there, PdtmMissing when its folder isn't (that of internal
+ * storage is made anew), PdtmReadOnly when the folder can't be written, PdtmBusy while another process makes
+ * or holds a box of that name, PdtmOutOfSpace */
 PDTM_EXPORT PdtmStatus _BoxCreate(const char *path, uint32_t applicationId);
 
 /** Deletes the box file and what belongs to it, its indexes excepted.
@@ -161,16 +169,21 @@ PDTM_EXPORT uint32_t _BoxOpen(const char *path);
  * @return the handle, 0 on failure. Never waits */
 PDTM_EXPORT uint32_t _BoxOpenRwMode(const char *path, uint8_t mode);
 
-/** Closes a handle; changed indexes of the box are written. */
+/** Closes a handle. That of mode 0 undoes an action that is open, writes the changed indexes of the box and
+ * gives the lock back; the box file alone is whole then. */
 PDTM_EXPORT PdtmStatus _BoxClose(uint32_t handle);
 
-/** Closes a handle; @p flag is 1. Non-zero: the box stays open. */
+/** As _BoxClose(); @p flag is 1. Non-zero: the box stays open, which comes only from a handle that isn't one.
+ */
 PDTM_EXPORT PdtmStatus _BoxCloseEx(uint32_t handle, int flag);
 
-/** Compacts a box that nobody has open in mode 0: its garbage is 0 afterwards. PdtmBusy otherwise. */
+/** Compacts a box that nobody has open in mode 0: its garbage is 0 afterwards.
+ * @return PdtmBusy while somebody has it in mode 0, PdtmMissing, PdtmReadOnly, PdtmOutOfSpace (the changes go
+ *         through the write-ahead file) */
 PDTM_EXPORT PdtmStatus _BoxGarbageCollect(const char *path);
 
-/** Dead bytes in the box file. Works on an open box and beside a holder. */
+/** Dead bytes in the box file, 0xFFFFFFFF when there are more. Works on an open box and beside a holder.
+ * @return PdtmMissing; @p size is unchanged on failure */
 PDTM_EXPORT PdtmStatus _GetBoxGarbageSize(const char *path, uint32_t *size);
 
 /** Adds the items that the box lacks, in the order given. An item that exists keeps its type and label.
@@ -181,8 +194,9 @@ PDTM_EXPORT PdtmStatus _GetBoxGarbageSize(const char *path, uint32_t *size);
  * type) */
 PDTM_EXPORT PdtmStatus _BoxItemAppend(const char *path, const ITEMDATA *items, int count, uint32_t *added);
 
-/** Fills an ITEMDATA for a code. The caller's buffer is left alone for an unknown code.
- * @param size in: the room, at least 44; out: 44 */
+/** Fills an ITEMDATA for a code. The caller's buffer is left alone on failure.
+ * @param size in: the room, at least 44; out: 44
+ * @return PdtmNoSuchItem, PdtmTooShort for a smaller room */
 PDTM_EXPORT PdtmStatus _BoxItemReadHeap(uint32_t handle, const char *code, void *buffer, uint16_t *size);
 
 /** File test for a box: PdtmOk, PdtmMissing, PdtmTooShort, PdtmWrongApplication, PdtmDamaged; never
@@ -211,9 +225,11 @@ PDTM_EXPORT int PioSetSortCond(void *destination, const PioExtBoxInfo *info, uin
 /** @} */
 
 /** @name Cards
- * Handles of mode 1 give PdtmReadOnly for every operation that changes something.
- * A change of an ordinary card is on the disk, whole, when the call returns with PdtmOk, unless an action is
- * open (DtmBeginAction()). Scratch cards (0xFF00 and above) live in the process until its box closes.
+ * Handles of mode 1 and of _BoxOpen() give PdtmReadOnly for every operation that changes something. A change
+ * gives PdtmOutOfSpace when the volume is full; nothing has changed then, and of an open action nothing is
+ * left. A change of an ordinary card is on the disk, whole, when the call returns with PdtmOk, unless an
+ * action is open (DtmBeginAction()). Scratch cards (0xFF00 and above) live in the process until its box
+ * closes.
  * @{ */
 
 /** Makes an empty card.
@@ -223,7 +239,8 @@ PDTM_EXPORT PdtmStatus _CardCreate(uint32_t handle, uint16_t *card);
 
 /** Copies all items to another card, which is made, or overwritten when it exists.
  * @param destination in: an id, or 0 for a new one; out: the id it got
- * @return PdtmNoSuchCard when there is no source, PdtmOutOfSpace; nothing is changed then */
+ * @return PdtmNoSuchCard when there is no source, PdtmOutOfSpace when the ids are used up, too; nothing is
+ * changed then */
 PDTM_EXPORT PdtmStatus _CardCopy(uint32_t handle, uint16_t source, uint16_t *destination);
 
 /** Deletes a card and takes it out of all indexes; PdtmOk when there is none. */
@@ -239,23 +256,29 @@ PDTM_EXPORT PdtmStatus _CardAllDelete(uint32_t handle, uint8_t mask, uint8_t val
  */
 PDTM_EXPORT PdtmStatus _CardRead(uint32_t handle, const CardItemKey *key, void *buffer, uint32_t *size);
 
-/** Writes an item; size 0 clears it. */
+/** Writes an item; size 0 clears it. The bytes are taken as they are, whatever the type of the item.
+ * @return PdtmNoSuchCard, PdtmNoSuchItem, PdtmTooShort for a card of more than 64 MB */
 PDTM_EXPORT PdtmStatus _CardWrite(uint32_t handle, const CardItemKey *key, const void *buffer, uint32_t size);
 
-/** Adds a category id to the card's list at once, with no index touched; 254 empties the list. */
+/** Adds a category id to the card's list at once, with no index touched; 254 empties the list. PdtmOk when it
+ * is there already.
+ * @return PdtmNoSuchCard, PdtmNoSuchItem, PdtmBadArgument when the item is no category list */
 PDTM_EXPORT PdtmStatus _CardCategoryAppend(uint32_t handle, const CardItemKey *key, uint8_t category);
 
-/** Takes a category id out of the card's list at once, with no index touched; PdtmOk when it is not there. */
+/** Takes a category id out of the card's list at once, with no index touched; PdtmOk when it is not there.
+ * Otherwise as _CardCategoryAppend(). */
 PDTM_EXPORT PdtmStatus _CardCategoryDelete(uint32_t handle, const CardItemKey *key, uint8_t category);
 
-/** The id that the next new card will get. Ids rise, and are used again only after 0xFEFF. */
+/** The id that the next new card will get. Ids rise, and are used again only after 0xFEFF.
+ * @return PdtmOutOfSpace when the ids are used up */
 PDTM_EXPORT PdtmStatus _ExpectNewCardID(uint32_t handle, uint16_t *card);
 
 /** Begins an action: all changes until the matching DtmEndAction() are one transaction with one
  * synchronisation. Nestable; only the outermost end commits. */
 PDTM_EXPORT PdtmStatus DtmBeginAction(uint32_t handle);
 
-/** Ends an action. A status other than PdtmOk at the outermost end: nothing of the action has happened. */
+/** Ends an action. A status other than PdtmOk at the outermost end: nothing of the action has happened. The
+ * status is that of the change that failed, or of the commit; PdtmBadArgument when no action is open. */
 PDTM_EXPORT PdtmStatus DtmEndAction(uint32_t handle);
 /** @} */
 
@@ -275,11 +298,14 @@ PDTM_EXPORT PdtmStatus _GetIndexName(const char *boxPath, uint32_t ordinal, char
  * PdtmOutOfSpace, PdtmBadArgument */
 PDTM_EXPORT PdtmStatus _IndexCreate(const char *path, int kind);
 
-/** Deletes an index; PdtmMissing when there was none. */
+/** Deletes an index.
+ * @return PdtmMissing when there was none, PdtmBadArgument for a box or a file beside one, PdtmReadOnly */
 PDTM_EXPORT PdtmStatus _IndexDelete(const char *path);
 
 /** New index with the cards and the whole condition of the source and the given sort expression (terminator
- * included). @p kind is 2. It is put in order by _IndexSort(). PdtmExists, PdtmMissing */
+ * included). @p kind is 2. It is put in order by _IndexSort().
+ * @return PdtmExists, PdtmMissing, PdtmTooShort (more than 50 bytes), PdtmBadArgument (a malformed
+ * expression), PdtmReadOnly, PdtmOutOfSpace */
 PDTM_EXPORT PdtmStatus _IndexCopy(const char *source, const char *destination, int kind,
                                   const void *sortExpression, int length);
 
@@ -288,7 +314,9 @@ PDTM_EXPORT PdtmStatus _IndexCopy(const char *source, const char *destination, i
  * @return PdtmNone when the information is not there, PdtmMissing, PdtmDamaged, PdtmTooShort */
 PDTM_EXPORT PdtmStatus _IndexInfoRead(const char *path, int id, void *buffer, uint16_t *size);
 
-/** Writes an index information; takes effect with the next sort or group. */
+/** Writes an index information; takes effect with the next sort or group.
+ * @return PdtmMissing, PdtmTooShort (more than 50 bytes, of the name more than 256), PdtmReadOnly,
+ * PdtmOutOfSpace */
 PDTM_EXPORT PdtmStatus _IndexInfoWrite(const char *path, int id, const void *buffer, uint16_t length);
 
 /** As _IndexInfoWrite(), and refuses what the index can't hold (PdtmTooShort) or what is malformed
@@ -296,7 +324,10 @@ PDTM_EXPORT PdtmStatus _IndexInfoWrite(const char *path, int id, const void *buf
 PDTM_EXPORT PdtmStatus _IndexInfoWriteWithCheck(const char *path, int id, const void *buffer,
                                                 uint16_t length);
 
-/** Sorts anew by the stored expression; PdtmNothingToSort on an index with no cards. */
+/** Sorts anew by the stored expression, and writes the index.
+ * @return PdtmNothingToSort on an index with no cards; PdtmMissing, PdtmBadArgument (a malformed expression,
+ * or a handle of another box), PdtmReadOnly or PdtmOutOfSpace when the file can't be written: nothing changes
+ *         then, and the index goes on in memory as it was */
 PDTM_EXPORT PdtmStatus _IndexSort(const char *path, uint32_t handle);
 
 /** Fills an index with the cards of @p parent that satisfy its own search expression, in its own order, or in

@@ -10,6 +10,12 @@ namespace pdtm {
 
 using Bytes = std::span<const uint8_t>;
 
+/** Bytes that are held as text. */
+[[nodiscard]] inline Bytes bytesOf(const std::string &text)
+{
+    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
+}
+
 /**
  * A card as it stands in the box: its written items, packed into one value.
  *

@@ -1,6 +1,7 @@
 #include "sqlitebox.h"
 
 #include "filesystem.h"
+#include "guarded.h"
 #include "indexfamily.h"
 
 #include <algorithm>
@@ -108,7 +109,15 @@ uint64_t SqliteBox::changeCounter()
     if (isHeld())
         return m_state.counter;
     uint64_t counter = 0;
-    return m_database.readCounter(counter) == PdtmOk ? counter : 0;
+    const bool isRead = m_database.readCounter(counter) == PdtmOk;
+    const bool isKnown = isRead && (counter == m_schemaCounter || reload() == PdtmOk);
+    return isKnown ? counter : 0;
+}
+
+/** load() for callers that must not fail otherwise. */
+PdtmStatus SqliteBox::reload()
+{
+    return guarded([this] { return load(); });
 }
 
 PdtmStatus SqliteBox::readCard(CardId card, RecordView &record)
@@ -161,18 +170,25 @@ PdtmStatus SqliteBox::hold()
         return PdtmReadOnly;
     if (const PdtmStatus status = m_lock.acquire(m_path); status != PdtmOk)
         return status;
-    PdtmStatus status = load();
-    if (status == PdtmOk) {
-        m_storedScratch.clear();
-        status = m_database.forEachCard(PdtmFirstReservedCard, UINT16_MAX, [this](CardId card, RecordView) {
-            m_storedScratch.insert(card);
-            return true;
-        });
-    }
-    if (status != PdtmOk) {
+    const PdtmStatus status = guarded([this] { return takeOver(); });
+    if (status != PdtmOk)
         m_lock.release();
+    return status;
+}
+
+/** Reads what the holder keeps in memory. */
+PdtmStatus SqliteBox::takeOver()
+{
+    if (const PdtmStatus status = load(); status != PdtmOk)
         return status;
-    }
+    m_storedScratch.clear();
+    const auto keep = [this](CardId card, RecordView) {
+        m_storedScratch.insert(card);
+        return true;
+    };
+    const PdtmStatus status = m_database.forEachCard(PdtmFirstReservedCard, UINT16_MAX, keep);
+    if (status != PdtmOk)
+        return status;
     if (m_cacheCounter != m_state.counter)
         m_cache.clear();
     m_lastCounter = std::max({m_lastCounter, m_state.counter, sessionCounter()});
@@ -184,8 +200,17 @@ PdtmStatus SqliteBox::hold()
 void SqliteBox::endActions()
 {
     if (m_actionDepth > 0)
-        undo(PdtmIoError);
-    m_actionDepth = 0;
+        abandonAction(0, PdtmIoError);
+}
+
+void SqliteBox::abandonAction(int depth, PdtmStatus reason)
+{
+    m_actionDepth = depth;
+    // The roll-back itself comes first and needs no memory; indexes that aren't told notice by the counter.
+    static_cast<void>(guarded([&] {
+        undo(reason);
+        return PdtmStatus(PdtmOk);
+    }));
 }
 
 void SqliteBox::release(bool closing)

@@ -43,6 +43,10 @@ public:
     [[nodiscard]] PdtmStatus hold();
     /** Undoes an open action. */
     void endActions();
+    [[nodiscard]] int actionDepth() const { return m_actionDepth; }
+    /** Undoes the open action after an operation broke off in the midst.
+     * @param depth number of actions that were open when the operation began */
+    void abandonAction(int depth, PdtmStatus reason);
     /** Stores what waits in memory and gives the lock back.
      * @param closing the connection ends, too */
     void release(bool closing);
@@ -87,6 +91,8 @@ private:
     static FileLook lookAt(const std::string &path);
 
     PdtmStatus load();
+    PdtmStatus reload();
+    PdtmStatus takeOver();
     PdtmStatus readCachedCard(CardId card, RecordView &record);
     template <typename Work> PdtmStatus change(Work work);
     PdtmStatus startTransaction();

@@ -20,6 +20,8 @@ private slots:
     void foreignSchema();
     void contradictoryRows_data();
     void contradictoryRows();
+    void strangeRowsDoNoHarm_data();
+    void strangeRowsDoNoHarm();
     void leftOverLogOfADamagedBox();
 
 private:
@@ -188,6 +190,10 @@ void BoxDamageTest::foreignSchema_data()
     QTest::addColumn<QByteArray>("change");
     QTest::newRow("trigger") << QByteArray(
         "CREATE TRIGGER t AFTER INSERT ON cards BEGIN DELETE FROM items; END");
+    QTest::newRow("trigger with a reserved name")
+        << QByteArray("CREATE TRIGGER t AFTER INSERT ON cards BEGIN DELETE FROM items; END; "
+                      "PRAGMA writable_schema = ON; UPDATE sqlite_schema SET name = 'sqlite_stat_t', "
+                      "sql = replace(sql, 'TRIGGER t', 'TRIGGER sqlite_stat_t') WHERE name = 't'");
     QTest::newRow("view") << QByteArray("CREATE VIEW v AS SELECT * FROM cards");
     QTest::newRow("index") << QByteArray("CREATE INDEX i ON cards(data)");
     QTest::newRow("another table") << QByteArray("CREATE TABLE extra(a)");
@@ -217,6 +223,10 @@ void BoxDamageTest::contradictoryRows_data()
     QTest::newRow("next card 0") << QByteArray("UPDATE box SET next_card = 0");
     QTest::newRow("next card too high") << QByteArray("UPDATE box SET next_card = 99999");
     QTest::newRow("counter below 1") << QByteArray("UPDATE box SET counter = -5");
+    QTest::newRow("counter that can't rise") << QByteArray("UPDATE box SET counter = 9223372036854775807");
+    QTest::newRow("300 items") << QByteArray(
+        "WITH RECURSIVE n(i) AS (SELECT 5 UNION ALL SELECT i + 1 FROM n WHERE i < 300) INSERT INTO items "
+        "SELECT i, printf('%04d', i), 8, 14, '' FROM n");
     QTest::newRow("gap in the items") << QByteArray("DELETE FROM items WHERE storage = 2");
     QTest::newRow("code too short") << QByteArray("UPDATE items SET code = 'ABC' WHERE storage = 2");
     QTest::newRow("unknown item type") << QByteArray("UPDATE items SET type = 99 WHERE storage = 2");
@@ -225,6 +235,36 @@ void BoxDamageTest::contradictoryRows_data()
 void BoxDamageTest::contradictoryRows()
 {
     foreignSchema();
+}
+
+void BoxDamageTest::strangeRowsDoNoHarm_data()
+{
+    QTest::addColumn<QByteArray>("change");
+    QTest::newRow("ids that no card has") << QByteArray(
+        "INSERT INTO cards VALUES(-1, x'00'), (0, x'01'), (65536, x'02'), (9223372036854775807, x'03')");
+    QTest::newRow("text for a record") << QByteArray("UPDATE cards SET data = 'text'");
+    QTest::newRow("number for a record") << QByteArray("UPDATE cards SET data = 12");
+    QTest::newRow("large record") << QByteArray("UPDATE cards SET data = zeroblob(9000000) WHERE id < 4");
+    QTest::newRow("text for a language") << QByteArray("UPDATE box SET language = x'00ff'");
+    QTest::newRow("text for an application id") << QByteArray("UPDATE box SET application_id = 'text'");
+    QTest::newRow("long label") << QByteArray("UPDATE items SET label = hex(zeroblob(100000))");
+}
+
+void BoxDamageTest::strangeRowsDoNoHarm()
+{
+    QFETCH(QByteArray, change);
+    QVERIFY(putBox(m_whole));
+    QCOMPARE(sql(QString::fromUtf8(m_path), change.constData()), QByteArray());
+    QVERIFY(!tryEverything());
+    const uint32_t handle = _BoxOpenRwMode(m_path.constData(), 0);
+    ITEMDATA item{};
+    uint16_t size = sizeof item;
+    QCOMPARE(_BoxItemReadHeap(handle, "NAPR", &item, &size), PdtmStatus(PdtmOk));
+    QCOMPARE(item.label[37], '\0');
+    const uint16_t card = addCard(handle, "still works");
+    QVERIFY(card >= 1);
+    QCOMPARE(read(handle, card, "NAPR"), QByteArray("still works"));
+    QCOMPARE(_BoxClose(handle), PdtmStatus(PdtmOk));
 }
 
 void BoxDamageTest::leftOverLogOfADamagedBox()

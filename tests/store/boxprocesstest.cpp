@@ -26,8 +26,8 @@ void fill(uint32_t handle, QFile &output)
 
 /**
  * The other process: does what its standard input says, a line at a time, and answers each with a line.
- * Commands: open MODE PATH, close, add NAME, read CARD CODE, write CARD CODE VALUE, begin, end, count, touch
- * PATH.
+ * Commands: open MODE PATH, close, add NAME, read CARD CODE, write CARD CODE VALUE, begin, end, count,
+ * collect PATH, append PATH CODE.
  */
 int serve()
 {
@@ -58,6 +58,9 @@ int serve()
             fill(handle, output);
         } else if (words[0] == "collect") {
             answer = QByteArray::number(_BoxGarbageCollect(words[1].constData()));
+        } else if (words[0] == "append") {
+            const ITEMDATA item = itemData(ItemUshort, KindUshort, words[2].constData(), "");
+            answer = QByteArray::number(_BoxItemAppend(words[1].constData(), &item, 1, nullptr));
         }
         output.write(answer + '\n');
         output.flush();
@@ -127,6 +130,8 @@ private slots:
     void plainOpenAndCloseLetsNoWriterIn();
     void plainOpenAndCloseLosesNoLaterCommit();
     void forkedChildEndsNothing();
+    void forkedChildKeepsNoLock();
+    void itemsAddedByAnother();
     void collectionBesideAHolder();
 
 private:
@@ -346,6 +351,55 @@ void BoxProcessTest::forkedChildEndsNothing()
     QCOMPARE(other.ask("open 1 " + m_box), QByteArray("open"));
     QCOMPARE(other.ask("read 2 NAPR"), QByteArray("second"));
     _BoxClose(handle);
+}
+
+void BoxProcessTest::forkedChildKeepsNoLock()
+{
+    uint32_t handle = _BoxOpenRwMode(m_box.constData(), 0);
+    QVERIFY(handle);
+    const pid_t child = fork();
+    if (child == 0) {
+        pause();
+        _exit(0);
+    }
+    const auto tidy = qScopeGuard([child] {
+        ::kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    });
+    QCOMPARE(_BoxClose(handle), PdtmStatus(PdtmOk));
+    OtherProcess other;
+    QCOMPARE(other.ask("open 0 " + m_box), QByteArray("open"));
+    QCOMPARE(other.ask("close"), QByteArray("0"));
+}
+
+void BoxProcessTest::itemsAddedByAnother()
+{
+    const QByteArray index = m_box.chopped(3) + "IDX";
+    const QByteArray isFour = QByteArray("LATE\xFE\x90\x08\4\0", 9) + '\0';
+    const uint32_t handle = _BoxOpenRwMode(m_box.constData(), 1);
+    QCOMPARE(_IndexCreate(index.constData(), 17), PdtmStatus(PdtmOk));
+    QCOMPARE(_IndexUnGroup(index.constData(), handle), PdtmStatus(PdtmNothingToSort));
+    OtherProcess other;
+    QCOMPARE(other.ask("append " + m_box + " LATE"), QByteArray("0"));
+    PioExtBoxInfo *info = _PioNewExtBoxInfo(m_box.constData(), handle);
+    QVERIFY(info);
+    QCOMPARE(_PioExtGetItemNo(info, "LATE"), 5U);
+    _PioDisposeExtBoxInfo(info);
+    QCOMPARE(other.ask("open 0 " + m_box), QByteArray("open"));
+    QCOMPARE(other.ask("append " + m_box + " MORE"), QByteArray::number(PdtmBusy));
+    QCOMPARE(other.ask("close"), QByteArray("0"));
+    QCOMPARE(other.ask("append " + m_box + " MORE"), QByteArray("0"));
+    QCOMPARE(other.ask("open 0 " + m_box), QByteArray("open"));
+    QCOMPARE(other.ask("add a"), QByteArray("1"));
+    QCOMPARE(other.ask(QByteArray("write 1 MORE \4\1", 15)), QByteArray("0"));
+    const QByteArray isSet = QByteArray("MORE\xFE\x98\x08\1\0", 9) + '\0';
+    uint16_t count = 0;
+    QCOMPARE(_IndexCount(index.constData(), handle, isSet.constData(), 0, 0, 0, 0, 0, nullptr, &count),
+             PdtmStatus(PdtmOk));
+    QCOMPARE(count, uint16_t(1));
+    QCOMPARE(_IndexCount(index.constData(), handle, isFour.constData(), 0, 0, 0, 0, 0, nullptr, &count),
+             PdtmStatus(PdtmNone));
+    QCOMPARE(_BoxClose(handle), PdtmStatus(PdtmOk));
 }
 
 void BoxProcessTest::collectionBesideAHolder()

@@ -1,7 +1,11 @@
 #include "boxfixture.h"
 
+#include <algorithm>
+#include <array>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace boxfixture;
 
@@ -13,12 +17,20 @@ private slots:
     void init();
     void create();
     void createRefuses();
+    void createMakesTheFolderAnew();
+    void namesTooLong();
+    void oddNames_data();
+    void oddNames();
     void createTakesNothingFromAnEarlierBox();
     void anyoneCanReadIt();
     void deleteBox();
     void deleteKeepsAHeldBox();
     void deletedBoxStaysReadable();
     void handles();
+    void handlesCloseInEveryOrder();
+    void sameIndexNamesInTwoFolders();
+    void lowerCaseItemsInIndexes_data();
+    void lowerCaseItemsInIndexes();
     void secondHolderFails();
     void oneBoxUnderTwoPaths();
     void readOnlyHandles();
@@ -71,6 +83,68 @@ void BoxTest::createRefuses()
     QVERIFY(writeFile(internalPath("EMPTY.BOX"), ""));
     QCOMPARE(_BoxCreate("F0:EMPTY.BOX", ApplicationId), PdtmStatus(PdtmExists));
     QCOMPARE(fileBytes(internalPath("EMPTY.BOX")), QByteArray());
+}
+
+void BoxTest::createMakesTheFolderAnew()
+{
+    QVERIFY(QDir(QDir::homePath() + "/Applications").removeRecursively());
+    QCOMPARE(makeBox("F0:ANEW.BOX"), PdtmStatus(PdtmOk));
+    QVERIFY(QFile::exists(internalPath("ANEW.BOX")));
+    QVERIFY(QDir(QDir::homePath() + "/Applications").removeRecursively());
+    QCOMPARE(_IndexCreate("F0:ANEW.IDX", 17), PdtmStatus(PdtmOk));
+    QVERIFY(QFile::exists(internalPath("ANEW.IDX")));
+}
+
+void BoxTest::namesTooLong()
+{
+    const QByteArray folder = QFile::encodeName(internalPath(""));
+    QByteArray deep = folder;
+    while (deep.size() < 200) {
+        deep += "folder/";
+        QVERIFY(QDir().mkpath(QString::fromUtf8(deep)));
+    }
+    const QByteArray longest = deep + QByteArray(251 - deep.size(), 'n') + ".BOX";
+    QCOMPARE(longest.size(), qsizetype(255));
+    QCOMPARE(makeBox(longest.constData()), PdtmStatus(PdtmOk));
+    const uint32_t handle = _BoxOpenRwMode(longest.constData(), 0);
+    QCOMPARE(addCard(handle, "a"), uint16_t(1));
+    QCOMPARE(_BoxClose(handle), PdtmStatus(PdtmOk));
+    QCOMPARE(_BoxDelete(longest.constData()), PdtmStatus(PdtmOk));
+    const QByteArray longer = deep + QByteArray(252 - deep.size(), 'n') + ".BOX";
+    QCOMPARE(_BoxCreate(longer.constData(), ApplicationId), PdtmStatus(PdtmBadArgument));
+    QVERIFY(!QFile::exists(QString::fromUtf8(longer)));
+    const QByteArray noRoomForLock = "F0:" + QByteArray(248, 'n') + ".BOX";
+    QCOMPARE(_BoxCreate(noRoomForLock.constData(), ApplicationId), PdtmStatus(PdtmBadArgument));
+    QCOMPARE(_BoxOpenRwMode(noRoomForLock.constData(), 0), 0U);
+}
+
+void BoxTest::oddNames_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::newRow("question mark") << QByteArray("A?mode=memory.BOX");
+    QTest::newRow("number sign and percent") << QByteArray("A#%00%41.BOX");
+    QTest::newRow("line feed and quote") << QByteArray("A\n'\".BOX");
+    QTest::newRow("no UTF-8") << QByteArray("A\xFF\x83\x5C.BOX");
+    QTest::newRow("a second colon") << QByteArray("A:B.BOX");
+}
+
+void BoxTest::oddNames()
+{
+    QFETCH(QByteArray, name);
+    const QByteArray path = "F0:" + name;
+    QCOMPARE(makeBox(path.constData()), PdtmStatus(PdtmOk));
+    const QByteArray real = QFile::encodeName(internalPath("")) + name;
+    QCOMPARE(access(real.constData(), F_OK), 0);
+    const uint32_t handle = _BoxOpenRwMode(path.constData(), 0);
+    QCOMPARE(addCard(handle, "a"), uint16_t(1));
+    const QByteArray index = path.chopped(3) + "IDX";
+    QCOMPARE(_IndexCreate(index.constData(), 17), PdtmStatus(PdtmOk));
+    QCOMPARE(_IndexUnGroup(index.constData(), handle), PdtmStatus(PdtmOk));
+    char found[256] = {};
+    QCOMPARE(_GetIndexName(path.constData(), 1, found, sizeof found, nullptr), PdtmStatus(PdtmOk));
+    QCOMPARE(QByteArray(found), index);
+    QCOMPARE(_BoxClose(handle), PdtmStatus(PdtmOk));
+    QCOMPARE(_BoxDelete(path.constData()), PdtmStatus(PdtmOk));
 }
 
 void BoxTest::createTakesNothingFromAnEarlierBox()
@@ -155,6 +229,95 @@ void BoxTest::handles()
     QCOMPARE(_BoxOpenRwMode("F0:MISSING.BOX", 1), 0U);
     QVERIFY(!QFile::exists(internalPath("MISSING.BOX")));
     QVERIFY(!QFile::exists(internalPath("MISSING.BOX-lock")));
+}
+
+void BoxTest::handlesCloseInEveryOrder()
+{
+    std::array<int, 4> order = {0, 1, 2, 3};
+    uint16_t cards = 0;
+    do {
+        const std::array<uint32_t, 4> handles = {
+            _BoxOpenRwMode(m_box.constData(), 0), _BoxOpen(m_box.constData()),
+            _BoxOpenRwMode(m_box.constData(), 1), _BoxOpenRwMode(m_box.constData(), 1)};
+        QVERIFY(std::ranges::find(handles, 0U) == handles.end());
+        QCOMPARE(addCard(handles[0], "name"), ++cards);
+        QCOMPARE(DtmBeginAction(handles[0]), PdtmStatus(PdtmOk)); // a close undoes it
+        QVERIFY(addCard(handles[0], "undone"));
+        for (size_t i = 0; i < order.size(); ++i) {
+            QCOMPARE(_BoxClose(handles[size_t(order[i])]), PdtmStatus(PdtmOk));
+            for (size_t j = i + 1; j < order.size(); ++j)
+                QCOMPARE(read(handles[size_t(order[j])], cards, "NAPR"), QByteArray("name"));
+        }
+        const uint32_t again = _BoxOpenRwMode(m_box.constData(), 0);
+        QCOMPARE(read(again, uint16_t(cards + 1), "NAPR"), QByteArray("status 65"));
+        QCOMPARE(_BoxClose(again), PdtmStatus(PdtmOk));
+    } while (std::ranges::next_permutation(order).found);
+    QCOMPARE(cards, uint16_t(24));
+}
+
+void BoxTest::sameIndexNamesInTwoFolders()
+{
+    const QTemporaryDir folder;
+    const QByteArray other = QFile::encodeName(folder.path()) + '/' + m_box.mid(3);
+    QCOMPARE(makeBox(other.constData()), PdtmStatus(PdtmOk));
+    const std::array<QByteArray, 2> boxes = {m_box, other};
+    std::array<uint32_t, 2> handles{};
+    for (size_t i = 0; i < boxes.size(); ++i) {
+        const QByteArray index = boxes[i].chopped(3) + "IDX";
+        handles[i] = _BoxOpenRwMode(boxes[i].constData(), 0);
+        QCOMPARE(_IndexCreate(index.constData(), 17), PdtmStatus(PdtmOk));
+        QCOMPARE(_IndexUnGroup(index.constData(), handles[i]), PdtmStatus(PdtmNothingToSort));
+    }
+    QCOMPARE(addCard(handles[0], "a"), uint16_t(1));
+    QCOMPARE(addCard(handles[1], "b"), uint16_t(1));
+    QCOMPARE(addCard(handles[1], "c"), uint16_t(2));
+    for (size_t i = 0; i < boxes.size(); ++i) {
+        const QByteArray index = boxes[i].chopped(3) + "IDX";
+        uint16_t count = 0;
+        QCOMPARE(_IndexCount(index.constData(), handles[i], nullptr, 0, 0, 0, 0, 0, nullptr, &count),
+                 PdtmStatus(PdtmOk));
+        QCOMPARE(count, uint16_t(i + 1));
+        QCOMPARE(_IndexSort(index.constData(), handles[1 - i]), PdtmStatus(PdtmBadArgument));
+    }
+    for (const uint32_t handle : handles)
+        QCOMPARE(_BoxClose(handle), PdtmStatus(PdtmOk));
+}
+
+void BoxTest::lowerCaseItemsInIndexes_data()
+{
+    QTest::addColumn<QByteArray>("code");
+    QTest::newRow("as declared") << QByteArray("aDRS");
+    QTest::newRow("upper case") << QByteArray("ADRS");
+    QTest::newRow("declared in upper case") << QByteArray("nAPR");
+}
+
+void BoxTest::lowerCaseItemsInIndexes()
+{
+    QFETCH(QByteArray, code);
+    const uint32_t handle = _BoxOpenRwMode(m_box.constData(), 0);
+    for (const char *value : {"b", "a", "c"}) {
+        const uint16_t card = addCard(handle, value);
+        QCOMPARE(write(handle, card, "ADRS", value), PdtmStatus(PdtmOk));
+    }
+    const QByteArray index = m_box.chopped(3) + "IDX";
+    const QByteArray sort = code + "\xFE\x80" + '\0';
+    const QByteArray isA = code + "\xFE\x90\x11" + "a" + '\0';
+    QCOMPARE(_IndexCreate(index.constData(), 17), PdtmStatus(PdtmOk));
+    QCOMPARE(_IndexInfoWrite(index.constData(), InfoSortExpression, sort.constData(), uint16_t(sort.size())),
+             PdtmStatus(PdtmOk));
+    QCOMPARE(_IndexUnGroup(index.constData(), handle), PdtmStatus(PdtmOk));
+    uint16_t number = 0;
+    QCOMPARE(_IndexSearch(index.constData(), handle, isA.constData(), 0, 0, 0, 0, 0, &number),
+             PdtmStatus(PdtmOk));
+    QCOMPARE(number, uint16_t(1));
+    uint16_t card = 0;
+    QCOMPARE(_IndexNoToCardID(index.constData(), 3, &card), PdtmStatus(PdtmOk));
+    QCOMPARE(card, uint16_t(3));
+    QCOMPARE(_BoxClose(handle), PdtmStatus(PdtmOk));
+    const ITEMDATA item = itemData(ItemTextUtf8, KindText, code.constData(), "");
+    uint32_t added = 1;
+    QCOMPARE(_BoxItemAppend(m_box.constData(), &item, 1, &added), PdtmStatus(PdtmOk));
+    QCOMPARE(added, 0U);
 }
 
 void BoxTest::secondHolderFails()
@@ -398,6 +561,12 @@ void BoxTest::fileTests()
     }
     QVERIFY(QDir().mkpath(internalPath("FOLDER.BOX")));
     QCOMPARE(_DTMFileCheckAppliID("F0:FOLDER.BOX", 3, ApplicationId), PdtmStatus(PdtmDamaged));
+    QCOMPARE(_DTMFileCheckLevel("F0:FOLDER.BOX", 3), PdtmStatus(PdtmDamaged));
+    const QByteArray pipe = QFile::encodeName(internalPath("PIPE.BOX"));
+    QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
+    const auto tidy = qScopeGuard([&] { unlink(pipe.constData()); });
+    QCOMPARE(_DTMFileCheckAppliID("F0:PIPE.BOX", 3, ApplicationId), PdtmStatus(PdtmDamaged));
+    QCOMPARE(_DTMFileCheckLevel("F0:PIPE.BOX", 3), PdtmStatus(PdtmDamaged)); // and doesn't wait for a writer
 }
 
 void BoxTest::fileTestsBesideAHolder()

@@ -26,6 +26,7 @@ private slots:
     void noRoomForABox();
     void enoughStorage();
     void readOnlyVolume();
+    void readOnlyVolumeWithAnIndex();
     void readOnlyVolumeWithALeftOverLog();
     void folderThatCannotBeWritten();
     void unmountAfterAClose();
@@ -162,6 +163,47 @@ void BoxVolumeTest::readOnlyVolume()
 }
 
 /** A process dies, the card is taken out and put in again with its switch on read-only. */
+void BoxVolumeTest::readOnlyVolumeWithAnIndex()
+{
+    const QByteArray index = m_volume + "/V.IDX";
+    const char *path = index.constData();
+    QCOMPARE(makeBox(m_box.constData()), PdtmStatus(PdtmOk));
+    uint32_t handle = _BoxOpenRwMode(m_box.constData(), 0);
+    QCOMPARE(_IndexCreate(path, 17), PdtmStatus(PdtmOk));
+    QCOMPARE(_IndexInfoWrite(path, InfoSortExpression, "NAPR\xFE\x80", 7), PdtmStatus(PdtmOk));
+    QCOMPARE(_IndexUnGroup(path, handle), PdtmStatus(PdtmNothingToSort));
+    QCOMPARE(addCard(handle, "b"), uint16_t(1));
+    QCOMPARE(addCard(handle, "a"), uint16_t(2));
+    const QByteArray empty = fileBytes(QString::fromUtf8(index));
+    _BoxClose(handle);
+    for (const bool isStale : {false, true}) {
+        QVERIFY(!isStale || writeFile(QString::fromUtf8(index), empty));
+        QVERIFY(remount(MS_RDONLY));
+        const QByteArray file = fileBytes(QString::fromUtf8(index));
+        handle = _BoxOpenRwMode(m_box.constData(), 1);
+        QVERIFY(handle);
+        uint16_t number = 0;
+        uint16_t card = 0;
+        QCOMPARE(_NextIndexNo(path, 0x40, 0, 0, &number), PdtmStatus(PdtmOk));
+        QCOMPARE(_IndexNoToCardID(path, number, &card), PdtmStatus(PdtmOk));
+        QCOMPARE(card, uint16_t(2));
+        QCOMPARE(_IndexSearch(path, handle,
+                              "NAPR\xFE\x90\x11"
+                              "b",
+                              0, 0x40, 0, 0, 0, &number),
+                 PdtmStatus(PdtmOk));
+        QCOMPARE(number, uint16_t(2));
+        QCOMPARE(_IndexSort(path, handle), PdtmStatus(PdtmReadOnly)); // memory is in order already
+        QCOMPARE(_IndexNoToCardID(path, 1, &card), PdtmStatus(PdtmOk));
+        QCOMPARE(card, uint16_t(2));
+        QCOMPARE(_IndexCreate((m_volume + "/N.IDX").constData(), 17), PdtmStatus(PdtmReadOnly));
+        QCOMPARE(_IndexDelete(path), PdtmStatus(PdtmReadOnly));
+        _BoxClose(handle);
+        QCOMPARE(fileBytes(QString::fromUtf8(index)), file);
+        QVERIFY(remount(0));
+    }
+}
+
 void BoxVolumeTest::readOnlyVolumeWithALeftOverLog()
 {
     QCOMPARE(makeBox(m_box.constData()), PdtmStatus(PdtmOk));
