@@ -14,8 +14,8 @@ using Bytes = std::span<const uint8_t>;
  * A card as it stands in the box: its written items, packed into one value.
  *
  * Layout: for each item that has a length other than 0, by rising storage id: the storage id (one byte), the
- * length (LEB128, at most five bytes), the bytes. The view doesn't own the memory. Reading is bounds-checked: a
- * truncated or contradictory value ends at the last whole item.
+ * length (LEB128, at most five bytes), the bytes. The view doesn't own the memory. Reading is bounds-checked:
+ * a truncated or contradictory value ends at the last whole item.
  */
 class RecordView
 {
@@ -46,8 +46,12 @@ private:
     Bytes m_packed;
 };
 
-/** A copy of the packed record with one item replaced, added or, with an empty value, taken out. */
-[[nodiscard]] std::string withItem(RecordView record, StorageId storage, Bytes value);
+/** Longest packed record that a box takes: a row of SQLite holds a little more. */
+constexpr size_t LargestRecord = (64 << 20) - 64;
+
+/** Replaces or adds an item in a packed record or, with an empty value, takes it out. False when the record
+ * would be longer than LargestRecord; it is as it was then. @param value no part of @p packed */
+[[nodiscard]] bool setItem(std::string &packed, StorageId storage, Bytes value);
 
 } // namespace pdtm
 
