@@ -107,7 +107,7 @@ void IndexOrder::layOut(const std::vector<CardId> &cards)
     for (size_t i = 0; i < cards.size(); ++i) {
         const size_t block = i / BlockFill;
         blockSlots(block)[i % BlockFill] = cards[i];
-        m_blocks[cards[i]] = static_cast<uint8_t>(block + 1);
+        m_blocks[cards[i]] = static_cast<uint16_t>(block + 1);
     }
 }
 
@@ -248,7 +248,7 @@ uint16_t IndexOrder::insert(CardId card, uint8_t attribute, std::string_view key
     std::copy_backward(slot, end, end + 1);
     *slot = card;
     moveStarts(block, 1);
-    m_blocks[card] = static_cast<uint8_t>(block + 1);
+    m_blocks[card] = static_cast<uint16_t>(block + 1);
     m_attributes[card] = attribute;
     ++m_histogram[attribute];
     m_visibleCount.valid = false;

@@ -82,9 +82,9 @@ public:
     [[nodiscard]] uint16_t visibleBehind(uint16_t start, Visibility visibility) const;
 
 private:
-    static constexpr size_t BlockCapacity = 512;
-    static constexpr size_t BlockFill = 256; // cards in a block that was just laid out
-    static constexpr size_t MostBlocks = 256;
+    static constexpr size_t BlockCapacity = 256;
+    static constexpr size_t BlockFill = 128; // cards in a block that was just laid out
+    static constexpr size_t MostBlocks = 512;
 
     struct KeyPlace
     {
@@ -120,7 +120,7 @@ private:
     std::array<uint16_t, MostBlocks + 1>
         m_starts{};                    // number of cards before each block; count() behind the last
     mutable size_t m_lastBlock = 0;    // where a number was found last
-    std::vector<uint8_t> m_blocks;     // by card id, the block plus 1; 0: not here
+    std::vector<uint16_t> m_blocks;    // by card id, the block plus 1; 0: not here
     std::vector<uint8_t> m_attributes; // by card id
     std::vector<KeyPlace> m_keyPlaces; // by card id, empty when all keys are
     std::string m_keys;
