@@ -29,7 +29,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     require(record.item(0).empty());
 
     const StorageId storage = size ? std::max<StorageId>(data[0], 1) : 1;
-    const std::string changed = withItem(record, storage, {data, size});
+    std::string changed(reinterpret_cast<const char *>(data), size);
+    require(setItem(changed, storage, {data, size}));
     const RecordView view({reinterpret_cast<const uint8_t *>(changed.data()), changed.size()});
     require(view.isValid());
     require(same(view.item(storage), {data, size}));

@@ -14,8 +14,6 @@ std::string asText(RecordView record)
     return {reinterpret_cast<const char *>(packed.data()), packed.size()};
 }
 
-constexpr size_t RecordOverhead = 64; // what SQLite needs beside the record in a row
-
 } // namespace
 
 /** Runs a change as an action of its own or as part of the open one. When the work fails nothing is left of
@@ -149,11 +147,11 @@ PdtmStatus SqliteBox::expectNewCard(CardId &card)
 
 PdtmStatus SqliteBox::createCard(CardId &card)
 {
-    static constexpr uint8_t NoAttribute[] = {0};
+    static const std::string Empty = {static_cast<char>(AttributeItem), 1, 0};
     PdtmStatus status = PdtmOk;
     if (card != 0 && !isScratchCard(card) && isInUse(card, status))
         return PdtmExists;
-    return status == PdtmOk ? writeWholeCard(card, withItem({}, AttributeItem, NoAttribute)) : status;
+    return status == PdtmOk ? writeWholeCard(card, Empty) : status;
 }
 
 PdtmStatus SqliteBox::copyCard(CardId source, CardId &destination)
@@ -239,19 +237,34 @@ PdtmStatus SqliteBox::deleteCards(uint8_t mask, uint8_t value)
     });
 }
 
-PdtmStatus SqliteBox::writeItem(CardId card, const ItemDescription &item, Bytes value)
+PdtmStatus SqliteBox::writeScratchItem(CardId card, const ItemDescription &item, Bytes value)
+{
+    const auto found = m_scratch->find(card);
+    if (found == m_scratch->end())
+        return PdtmNoSuchCard;
+    if (!setItem(found->second, item.storage, value))
+        return PdtmTooShort;
+    m_memoryChanged = true;
+    return PdtmOk;
+}
+
+/** The record of a card with one item written. */
+PdtmStatus SqliteBox::editedCard(CardId card, const ItemDescription &item, Bytes value, std::string &packed)
 {
     RecordView record;
     if (const PdtmStatus status = readCard(card, record); status != PdtmOk)
         return status;
-    const std::string packed = withItem(record, item.storage, value);
-    if (packed.size() > BoxDatabase::LargestRecord - RecordOverhead)
-        return PdtmTooShort;
-    if (isScratchCard(card)) {
-        (*m_scratch)[card] = packed;
-        m_memoryChanged = true;
-        return PdtmOk;
-    }
+    packed = asText(record);
+    return setItem(packed, item.storage, value) ? PdtmOk : PdtmTooShort;
+}
+
+PdtmStatus SqliteBox::writeItem(CardId card, const ItemDescription &item, Bytes value)
+{
+    if (isScratchCard(card))
+        return writeScratchItem(card, item, value);
+    std::string packed;
+    if (const PdtmStatus status = editedCard(card, item, value, packed); status != PdtmOk)
+        return status;
     if (item.storage != AttributeItem)
         return change([&] { return writeOrdinaryCard(card, bytesOf(packed)); });
     return change([&] {
@@ -265,11 +278,10 @@ PdtmStatus SqliteBox::writeItem(CardId card, const ItemDescription &item, Bytes 
 PdtmStatus SqliteBox::writeItemQuietly(CardId card, const ItemDescription &item, Bytes value)
 {
     if (isScratchCard(card))
-        return writeItem(card, item, value);
-    RecordView record;
-    if (const PdtmStatus status = readCard(card, record); status != PdtmOk)
+        return writeScratchItem(card, item, value);
+    std::string packed;
+    if (const PdtmStatus status = editedCard(card, item, value, packed); status != PdtmOk)
         return status;
-    const std::string packed = withItem(record, item.storage, value);
     return change([&] {
         const PdtmStatus status = storeCard(card, bytesOf(packed));
         if (status == PdtmOk)

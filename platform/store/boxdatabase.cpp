@@ -144,7 +144,7 @@ PdtmStatus BoxDatabase::openConnection(const std::string &uri, int flags)
         return PdtmTooShort;
     sqlite3_extended_result_codes(m_connection, 1);
     sqlite3_busy_timeout(m_connection, BusyMilliseconds);
-    sqlite3_limit(m_connection, SQLITE_LIMIT_LENGTH, LargestRecord);
+    sqlite3_limit(m_connection, SQLITE_LIMIT_LENGTH, LargestRow);
     sqlite3_limit(m_connection, SQLITE_LIMIT_ATTACHED, 0);
     sqlite3_db_config(m_connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     m_statements = std::make_unique<Statements>();

@@ -28,7 +28,7 @@ struct BoxState
 class BoxDatabase
 {
 public:
-    static constexpr int LargestRecord = 64 << 20;
+    static constexpr int LargestRow = 64 << 20;
 
     BoxDatabase();
     ~BoxDatabase();

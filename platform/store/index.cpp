@@ -41,7 +41,7 @@ OrderImage imageOf(const IndexOrder &order, uint64_t counter)
     image.cards = order.cards();
     image.attributes.reserve(order.count());
     image.keyEnds.reserve(order.count());
-    for (const CardId card : order.cards()) {
+    for (const CardId card : image.cards) {
         image.attributes += static_cast<char>(order.attributeOf(card));
         image.keys += order.keyOf(card);
         image.keyEnds.push_back(static_cast<uint32_t>(image.keys.size()));
@@ -106,8 +106,7 @@ PdtmStatus Index::load()
     m_dirty = false;
     unbind();
     StoredOrder stored;
-    const bool usable =
-        reader.readOrder(stored) && m_order.assign(std::move(stored.cards), stored.attributes);
+    const bool usable = reader.readOrder(stored) && m_order.assign(stored.cards, stored.attributes);
     if (!usable) {
         m_order = IndexOrder();
     }

@@ -122,10 +122,7 @@ void boxOpened(BoxFile &box)
 
 void cardWritten(BoxFile &box, CardId card, RecordView record)
 {
-    // An index that has to be built anew reads the box, which ends the life of the view.
-    const std::string packed(record.packed().begin(), record.packed().end());
-    const RecordView kept(bytesOf(packed));
-    apply(box, [&](Index &index) { index.place(box, card, kept); });
+    apply(box, [&](Index &index) { index.place(box, card, record); });
 }
 
 void attributeWritten(BoxFile &box, CardId card, uint8_t attribute)

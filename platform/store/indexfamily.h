@@ -14,7 +14,8 @@ namespace pdtm::family {
 /** A handle was opened: indexes kept in memory from an earlier opening are compared with the counter. */
 void boxOpened(BoxFile &box);
 
-/** An ordinary card was written: it enters, leaves or moves in every index of the family, of both kinds. */
+/** An ordinary card was written: it enters, leaves or moves in every index of the family, of both kinds. An
+ * index that has to be built anew reads the box; the view outlives that. */
 void cardWritten(BoxFile &box, CardId card, RecordView record);
 
 /** Only ATTR of an ordinary card was written: the attribute byte changes where the card stands, nothing else.

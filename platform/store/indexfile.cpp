@@ -380,13 +380,14 @@ void appendBytes(std::string &out, const void *bytes, size_t size)
 void appendOrder(std::string &out, const OrderImage &order)
 {
     const auto count = static_cast<uint32_t>(order.cards.size());
+    const size_t cardBytes = order.cards.size() * sizeof(CardId);
     std::string header;
     append(header, order.counter);
     append(header, count);
     append(header, static_cast<uint32_t>(order.keys.size()));
     Checksum orderChecksum;
     orderChecksum.add(header.data(), header.size());
-    orderChecksum.add(order.cards.data(), order.cards.size_bytes());
+    orderChecksum.add(order.cards.data(), cardBytes);
     orderChecksum.add(order.attributes.data(), order.attributes.size());
     Checksum keysChecksum;
     keysChecksum.add(order.keyEnds.data(), order.keyEnds.size() * sizeof(uint32_t));
@@ -394,7 +395,7 @@ void appendOrder(std::string &out, const OrderImage &order)
     out += header;
     append(out, orderChecksum.result());
     append(out, keysChecksum.result());
-    appendBytes(out, order.cards.data(), order.cards.size_bytes());
+    appendBytes(out, order.cards.data(), cardBytes);
     out += order.attributes;
     appendBytes(out, order.keyEnds.data(), order.keyEnds.size() * sizeof(uint32_t));
     out += order.keys;

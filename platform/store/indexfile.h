@@ -105,7 +105,7 @@ private:
 struct OrderImage
 {
     uint64_t counter = 0;
-    std::span<const CardId> cards;
+    std::vector<CardId> cards;
     std::string attributes;
     std::vector<uint32_t> keyEnds;
     std::string keys;

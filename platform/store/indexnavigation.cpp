@@ -99,8 +99,8 @@ PdtmStatus Scan::readAndMatch(CardId card, bool &matches)
 template <typename Wanted, typename Visit> bool Scan::sweep(Wanted wanted, Visit visit)
 {
     const Schema &schema = m_box.schema();
-    return m_box.forEachCard([&](CardId card, RecordView record) {
-        const uint16_t number = m_order.numberOf(card);
+    return m_box.forEachCard([&, numbers = m_order.numbers()](CardId card, RecordView record) {
+        const uint16_t number = numbers[card];
         if (number != 0 && wanted(number) && m_visibility.shows(m_order.attributeOf(card)) &&
             m_expression.matches(schema, record)) {
             visit(number);

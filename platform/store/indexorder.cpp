@@ -7,22 +7,16 @@ namespace pdtm {
 
 namespace {
 
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
-#define KY_WIDE_VECTORS __attribute__((target_clones("avx2", "default")))
-#else
-#define KY_WIDE_VECTORS
-#endif
+constexpr size_t TableStep = 4096; // the tables by card id grow in such steps
 
-constexpr size_t TableStep = 4096; // the tables by card id grow in such steps, and are swept in such blocks
-
-/** Adds @p change to the positions of a block that are @p from or more. The fixed size lets it be vectorised,
- * and wider vectors halve the time of an insertion. */
-KY_WIDE_VECTORS void shiftBlock(uint16_t *positions, uint16_t from, uint16_t change)
+/** First eight bytes of a key, as a number that compares as they do. */
+uint64_t keyPrefix(std::string_view key)
 {
-    for (size_t i = 0; i < TableStep; ++i) {
-        const auto mask = static_cast<uint16_t>(positions[i] >= from ? 0xFFFF : 0);
-        positions[i] = static_cast<uint16_t>(positions[i] + (mask & change));
+    uint64_t prefix = 0;
+    if (!key.empty()) {
+        memcpy(&prefix, key.data(), std::min(key.size(), sizeof prefix));
     }
+    return __builtin_bswap64(prefix);
 }
 
 int compareKeys(std::string_view left, std::string_view right)
@@ -44,18 +38,80 @@ bool isOrdinary(CardId card)
 
 void IndexOrder::growFor(CardId card)
 {
-    if (card < m_positions.size()) {
+    if (card < m_blocks.size()) {
         return;
     }
     const size_t size = (card / TableStep + 1) * TableStep;
-    m_positions.resize(size);
+    m_blocks.resize(size);
     m_attributes.resize(size);
     if (!m_keyPlaces.empty()) {
         m_keyPlaces.resize(size);
     }
 }
 
-bool IndexOrder::assign(std::vector<CardId> cards, std::span<const uint8_t> attributes)
+size_t IndexOrder::blockAt(uint16_t number) const
+{
+    const uint32_t index = number - 1U;
+    if (index - m_starts[m_lastBlock] >= blockSize(m_lastBlock)) {
+        size_t block = 0;
+        for (size_t step = MostBlocks / 2; step > 0; step /= 2) {
+            block += m_starts[block + step] <= index ? step : 0;
+        }
+        m_lastBlock = block;
+    }
+    return m_lastBlock;
+}
+
+uint16_t IndexOrder::numberOf(CardId card) const
+{
+    if (!contains(card)) {
+        return 0;
+    }
+    const size_t block = m_blocks[card] - 1U;
+    const CardId *slots = blockSlots(block);
+    const auto size = static_cast<uint16_t>(blockSize(block));
+    uint16_t offset = 0;
+    for (uint16_t i = 0; i < size; ++i) { // to the end, so that it is vectorised
+        offset = static_cast<uint16_t>(offset | (slots[i] == card ? i : 0));
+    }
+    return static_cast<uint16_t>(m_starts[block] + offset + 1);
+}
+
+std::vector<CardId> IndexOrder::cards() const
+{
+    std::vector<CardId> cards;
+    cards.reserve(count());
+    for (size_t block = 0; m_starts[block] < count(); ++block) {
+        cards.insert(cards.end(), blockSlots(block), blockSlots(block) + blockSize(block));
+    }
+    return cards;
+}
+
+std::vector<uint16_t> IndexOrder::numbers() const
+{
+    std::vector<uint16_t> numbers(size_t{UINT16_MAX} + 1);
+    uint16_t number = 0;
+    for (const CardId card : cards()) {
+        numbers[card] = ++number;
+    }
+    return numbers;
+}
+
+/** Spreads the cards evenly over blocks. */
+void IndexOrder::layOut(const std::vector<CardId> &cards)
+{
+    m_slots.resize((cards.size() + BlockFill - 1) / BlockFill * BlockCapacity);
+    for (size_t block = 0; block < m_starts.size(); ++block) {
+        m_starts[block] = static_cast<uint16_t>(std::min(block * BlockFill, cards.size()));
+    }
+    for (size_t i = 0; i < cards.size(); ++i) {
+        const size_t block = i / BlockFill;
+        blockSlots(block)[i % BlockFill] = cards[i];
+        m_blocks[cards[i]] = static_cast<uint16_t>(block + 1);
+    }
+}
+
+bool IndexOrder::assign(const std::vector<CardId> &cards, std::span<const uint8_t> attributes)
 {
     *this = IndexOrder();
     m_hasKeys = cards.empty();
@@ -64,15 +120,15 @@ bool IndexOrder::assign(std::vector<CardId> cards, std::span<const uint8_t> attr
     }
     for (size_t i = 0; i < cards.size(); ++i) {
         const CardId card = cards[i];
-        if (!isOrdinary(card) || m_positions[card] != 0) {
+        if (!isOrdinary(card) || m_blocks[card] != 0) {
             *this = IndexOrder();
             return false;
         }
-        m_positions[card] = static_cast<uint16_t>(i + 1);
+        m_blocks[card] = 1; // there; layOut() tells where
         m_attributes[card] = attributes[i];
         ++m_histogram[attributes[i]];
     }
-    m_cards = std::move(cards);
+    layOut(cards);
     return true;
 }
 
@@ -88,20 +144,21 @@ bool IndexOrder::setKeys(std::span<const CardId> cards, std::span<const uint32_t
 {
     setEmptyKeys();
     m_keys = std::move(bytes);
-    m_keyPlaces.resize(m_positions.size());
+    m_keyPlaces.resize(m_blocks.size());
     uint32_t begin = 0;
     size_t known = 0;
     for (size_t i = 0; i < cards.size(); ++i) {
         const uint32_t length = ends[i] - begin;
         if (contains(cards[i])) {
-            m_keyPlaces[cards[i]] = {begin, length};
+            m_keyPlaces[cards[i]] = {keyPrefix(std::string_view(m_keys).substr(begin, length)), begin,
+                                     length};
             ++known;
         } else {
             m_deadKeyBytes += length;
         }
         begin = ends[i];
     }
-    m_hasKeys = known == m_cards.size();
+    m_hasKeys = known == count();
     return m_hasKeys;
 }
 
@@ -119,12 +176,13 @@ void IndexOrder::storeKey(CardId card, std::string_view key)
         if (key.empty()) {
             return;
         }
-        m_keyPlaces.resize(m_positions.size());
+        m_keyPlaces.resize(m_blocks.size());
     }
     if (m_deadKeyBytes > TableStep && m_deadKeyBytes > m_keys.size() / 2) {
         compactKeys();
     }
-    m_keyPlaces[card] = {static_cast<uint32_t>(m_keys.size()), static_cast<uint32_t>(key.size())};
+    m_keyPlaces[card] = {keyPrefix(key), static_cast<uint32_t>(m_keys.size()),
+                         static_cast<uint32_t>(key.size())};
     m_keys += key;
 }
 
@@ -132,7 +190,7 @@ void IndexOrder::compactKeys()
 {
     std::string compact;
     compact.reserve(m_keys.size() - m_deadKeyBytes);
-    for (const CardId card : m_cards) {
+    for (const CardId card : cards()) {
         const std::string_view key = keyOf(card);
         m_keyPlaces[card].offset = static_cast<uint32_t>(compact.size());
         compact += key;
@@ -141,78 +199,107 @@ void IndexOrder::compactKeys()
     m_deadKeyBytes = 0;
 }
 
-void IndexOrder::shiftPositions(uint16_t from, bool up)
+bool IndexOrder::standsBefore(CardId left, const SortPlace &place) const
 {
-    const auto change = static_cast<uint16_t>(up ? 1 : -1);
-    for (size_t block = 0; block < m_positions.size(); block += TableStep) {
-        shiftBlock(&m_positions[block], from, change);
+    const uint64_t prefix = left < m_keyPlaces.size() ? m_keyPlaces[left].prefix : 0;
+    if (prefix != place.prefix) {
+        return prefix < place.prefix;
     }
+    const int order = compareKeys(keyOf(left), place.key);
+    return order < 0 || (order == 0 && left < place.card);
 }
 
-bool IndexOrder::standsBefore(CardId left, CardId card, std::string_view key) const
+/** The last block whose first card stands before, else the first one. */
+size_t IndexOrder::blockFor(const SortPlace &place) const
 {
-    const int order = compareKeys(keyOf(left), key);
-    return order < 0 || (order == 0 && left < card);
+    size_t first = 0;
+    size_t last = m_slots.size() / BlockCapacity;
+    while (last - first > 1) {
+        const size_t middle = (first + last) / 2;
+        (standsBefore(*blockSlots(middle), place) ? first : last) = middle;
+    }
+    return first;
+}
+
+void IndexOrder::moveStarts(size_t block, int change)
+{
+    for (size_t behind = block + 1; behind < m_starts.size(); ++behind) {
+        m_starts[behind] = static_cast<uint16_t>(m_starts[behind] + change);
+    }
 }
 
 uint16_t IndexOrder::insert(CardId card, uint8_t attribute, std::string_view key)
 {
-    const auto place = std::partition_point(m_cards.begin(), m_cards.end(),
-                                            [&](CardId left) { return standsBefore(left, card, key); });
-    const auto number = static_cast<uint16_t>(place - m_cards.begin() + 1);
+    const SortPlace place{keyPrefix(key), key, card};
     growFor(card);
-    storeKey(card, key);
-    m_cards.insert(place, card); // nothing behind this fails
-    if (number < count()) {
-        shiftPositions(number, true);
+    if (m_slots.empty()) {
+        m_slots.resize(BlockCapacity);
     }
-    m_positions[card] = number;
+    size_t block = blockFor(place);
+    if (blockSize(block) == BlockCapacity) {
+        layOut(cards());
+        block = blockFor(place);
+    }
+    storeKey(card, key); // nothing behind this fails
+    CardId *const begin = blockSlots(block);
+    CardId *const end = begin + blockSize(block);
+    CardId *const slot =
+        std::partition_point(begin, end, [&](CardId left) { return standsBefore(left, place); });
+    std::copy_backward(slot, end, end + 1);
+    *slot = card;
+    moveStarts(block, 1);
+    m_blocks[card] = static_cast<uint16_t>(block + 1);
     m_attributes[card] = attribute;
     ++m_histogram[attribute];
     m_visibleCount.valid = false;
-    return number;
+    return static_cast<uint16_t>(m_starts[block] + (slot - begin) + 1);
+}
+
+/** Takes a card out of all but the blocks. */
+void IndexOrder::forget(CardId card)
+{
+    m_deadKeyBytes += keyOf(card).size();
+    --m_histogram[m_attributes[card]];
+    m_visibleCount.valid = false;
+    m_blocks[card] = 0;
 }
 
 void IndexOrder::remove(CardId card)
 {
-    const uint16_t number = numberOf(card);
-    if (number == 0) {
+    if (!contains(card)) {
         return;
     }
-    m_deadKeyBytes += keyOf(card).size();
-    --m_histogram[m_attributes[card]];
-    m_visibleCount.valid = false;
-    m_positions[card] = 0;
-    m_cards.erase(m_cards.begin() + (number - 1));
-    if (number <= count()) {
-        shiftPositions(number, false);
+    const size_t block = m_blocks[card] - 1U;
+    if (blockSize(block) == 1) {
+        removeInOnePass({&card, 1}); // so that no block is left empty
+        return;
     }
+    CardId *const end = blockSlots(block) + blockSize(block);
+    CardId *const slot = std::find(blockSlots(block), end, card);
+    std::copy(slot + 1, end, slot);
+    moveStarts(block, -1);
+    forget(card);
 }
 
 void IndexOrder::removeAll(std::span<const CardId> cards)
 {
     if (cards.size() == 1) {
         remove(cards.front());
-        return;
+    } else {
+        removeInOnePass(cards);
     }
-    for (const CardId card : cards) {
-        if (contains(card)) {
-            m_deadKeyBytes += keyOf(card).size();
-            --m_histogram[m_attributes[card]];
-            m_positions[card] = 0;
-        }
-    }
-    m_visibleCount.valid = false;
-    std::erase_if(m_cards, [this](CardId card) { return m_positions[card] == 0; });
-    renumber();
 }
 
-void IndexOrder::renumber()
+void IndexOrder::removeInOnePass(std::span<const CardId> cards)
 {
-    uint16_t number = 0;
-    for (const CardId card : m_cards) {
-        m_positions[card] = ++number;
+    std::vector<CardId> rest = this->cards();
+    for (const CardId card : cards) {
+        if (contains(card)) {
+            forget(card);
+        }
     }
+    std::erase_if(rest, [this](CardId card) { return m_blocks[card] == 0; });
+    layOut(rest);
 }
 
 void IndexOrder::setAttribute(CardId card, uint8_t attribute)
@@ -233,7 +320,7 @@ bool IndexOrder::isVisible(uint16_t number, Visibility visibility) const
 
 uint16_t IndexOrder::next(uint16_t from, Visibility visibility) const
 {
-    for (uint32_t number = from + 1U; number <= m_cards.size(); ++number) {
+    for (uint32_t number = from + 1U; number <= count(); ++number) {
         if (isVisible(static_cast<uint16_t>(number), visibility)) {
             return static_cast<uint16_t>(number);
         }
@@ -266,8 +353,14 @@ uint16_t IndexOrder::visibleCount(Visibility visibility) const
 uint16_t IndexOrder::countIn(uint16_t first, uint16_t last, Visibility visibility) const
 {
     uint32_t visible = 0;
-    for (uint32_t number = first; number <= last; ++number) {
-        visible += isVisible(static_cast<uint16_t>(number), visibility) ? 1U : 0U;
+    for (uint32_t next = first; next <= last;) {
+        const size_t block = blockAt(static_cast<uint16_t>(next));
+        const CardId *slots = blockSlots(block) + (next - 1 - m_starts[block]);
+        const uint32_t size = std::min<uint32_t>(last, m_starts[block + 1]) + 1 - next;
+        for (uint32_t i = 0; i < size; ++i) {
+            visible += visibility.shows(m_attributes[slots[i]]) ? 1U : 0U;
+        }
+        next += size;
     }
     return static_cast<uint16_t>(visible);
 }
@@ -331,9 +424,7 @@ void OrderBuilder::add(CardId card, RecordView record)
     const size_t offset = m_keys.size();
     m_maker.append(record, m_keys);
     const size_t length = m_keys.size() - offset;
-    uint64_t prefix = 0;
-    memcpy(&prefix, m_keys.data() + offset, std::min(length, sizeof prefix));
-    m_entries.push_back({.prefix = __builtin_bswap64(prefix),
+    m_entries.push_back({.prefix = keyPrefix(std::string_view(m_keys).substr(offset)),
                          .offset = static_cast<uint32_t>(offset),
                          .length = static_cast<uint32_t>(length),
                          .card = card,
@@ -368,7 +459,7 @@ IndexOrder OrderBuilder::finish()
         attributes.push_back(entry.attribute);
     }
     IndexOrder order;
-    order.assign(std::move(cards), attributes);
+    order.assign(cards, attributes);
     if (m_keys.empty()) {
         order.setEmptyKeys();
     } else {

@@ -20,30 +20,35 @@ struct Visibility
 };
 
 /**
- * The cards of an index in memory: an array in index order, and tables by card id of position, attribute byte
- * and sort key. A step and a conversion between id and number take constant time.
+ * The cards of an index in memory: their ids in index order, in blocks with room for more, and tables by card
+ * id of block, attribute byte and sort key. A step and a conversion between id and number take constant time,
+ * and an insertion moves the ids of one block.
  *
  * Index numbers run from 1; 0 stands before the first card and every number above count() behind the last.
  */
 class IndexOrder
 {
 public:
-    [[nodiscard]] uint16_t count() const { return static_cast<uint16_t>(m_cards.size()); }
-    [[nodiscard]] const std::vector<CardId> &cards() const { return m_cards; }
+    [[nodiscard]] uint16_t count() const { return m_starts.back(); }
+    /** All cards in order. */
+    [[nodiscard]] std::vector<CardId> cards() const;
+    /** Index numbers by card id, 0 for a card that is not here: for one who asks for very many. */
+    [[nodiscard]] std::vector<uint16_t> numbers() const;
     /** Card at an index number from 1 to count(). */
-    [[nodiscard]] CardId cardAt(uint16_t number) const { return m_cards[number - 1U]; }
-    /** Index number of a card, 0 when it is not here. */
-    [[nodiscard]] uint16_t numberOf(CardId card) const
+    [[nodiscard]] CardId cardAt(uint16_t number) const
     {
-        return card < m_positions.size() ? m_positions[card] : uint16_t{0};
+        const size_t block = blockAt(number);
+        return blockSlots(block)[number - 1U - m_starts[block]];
     }
-    [[nodiscard]] bool contains(CardId card) const { return numberOf(card) != 0; }
+    /** Index number of a card, 0 when it is not here. */
+    [[nodiscard]] uint16_t numberOf(CardId card) const;
+    [[nodiscard]] bool contains(CardId card) const { return card < m_blocks.size() && m_blocks[card] != 0; }
     /** Attribute byte of a card that is here. */
     [[nodiscard]] uint8_t attributeOf(CardId card) const { return m_attributes[card]; }
 
     /** Takes cards in the order given, with no keys. False, and empty, when an id is reserved, 0 or there
      * twice. */
-    bool assign(std::vector<CardId> cards, std::span<const uint8_t> attributes);
+    bool assign(const std::vector<CardId> &cards, std::span<const uint8_t> attributes);
 
     /** The keys of the cards are in memory; without them nothing can be inserted. */
     [[nodiscard]] bool hasKeys() const { return m_hasKeys; }
@@ -77,24 +82,45 @@ public:
     [[nodiscard]] uint16_t visibleBehind(uint16_t start, Visibility visibility) const;
 
 private:
+    static constexpr size_t BlockCapacity = 256;
+    static constexpr size_t BlockFill = 128; // cards in a block that was just laid out
+    static constexpr size_t MostBlocks = 512;
+
     struct KeyPlace
     {
+        uint64_t prefix = 0; // as in keyPrefix(), so that most comparisons touch nothing else
         uint32_t offset = 0;
         uint32_t length = 0;
     };
+    struct SortPlace
+    {
+        uint64_t prefix;
+        std::string_view key;
+        CardId card;
+    };
 
     void growFor(CardId card);
-    void shiftPositions(uint16_t from, bool up);
-    void renumber();
+    [[nodiscard]] size_t blockAt(uint16_t number) const;
+    [[nodiscard]] size_t blockSize(size_t block) const { return m_starts[block + 1] - m_starts[block]; }
+    [[nodiscard]] CardId *blockSlots(size_t block) { return &m_slots[block * BlockCapacity]; }
+    [[nodiscard]] const CardId *blockSlots(size_t block) const { return &m_slots[block * BlockCapacity]; }
+    [[nodiscard]] size_t blockFor(const SortPlace &place) const;
+    void layOut(const std::vector<CardId> &cards);
+    void moveStarts(size_t block, int change);
+    void forget(CardId card);
+    void removeInOnePass(std::span<const CardId> cards);
     void storeKey(CardId card, std::string_view key);
     void compactKeys();
-    [[nodiscard]] bool standsBefore(CardId left, CardId card, std::string_view key) const;
+    [[nodiscard]] bool standsBefore(CardId left, const SortPlace &place) const;
     [[nodiscard]] bool isVisible(uint16_t number, Visibility visibility) const;
     [[nodiscard]] uint16_t visibleCount(Visibility visibility) const;
     [[nodiscard]] uint16_t countIn(uint16_t first, uint16_t last, Visibility visibility) const;
 
-    std::vector<CardId> m_cards;
-    std::vector<uint16_t> m_positions; // by card id, 0: not here
+    std::vector<CardId> m_slots; // BlockCapacity for each block; none of the blocks is empty
+    std::array<uint16_t, MostBlocks + 1>
+        m_starts{};                    // number of cards before each block; count() behind the last
+    mutable size_t m_lastBlock = 0;    // where a number was found last
+    std::vector<uint16_t> m_blocks;    // by card id, the block plus 1; 0: not here
     std::vector<uint8_t> m_attributes; // by card id
     std::vector<KeyPlace> m_keyPlaces; // by card id, empty when all keys are
     std::string m_keys;

@@ -1,5 +1,8 @@
 #include "record.h"
 
+#include <array>
+#include <cstring>
+
 namespace pdtm {
 
 namespace {
@@ -20,20 +23,20 @@ bool takeLength(Bytes &rest, uint64_t &length)
     return false;
 }
 
-void appendBytes(std::string &packed, Bytes bytes)
+/** Storage id and length, as they stand before the bytes of an item. */
+struct ItemHead
 {
-    packed.append(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-}
+    std::array<char, 1 + MaximumLengthBytes> bytes{};
+    size_t size = 0;
 
-void appendItem(std::string &packed, StorageId storage, Bytes value)
-{
-    packed.push_back(static_cast<char>(storage));
-    size_t length = value.size();
-    for (; length >= 0x80; length >>= 7)
-        packed.push_back(static_cast<char>(0x80 | (length & 0x7F)));
-    packed.push_back(static_cast<char>(length));
-    appendBytes(packed, value);
-}
+    ItemHead(StorageId storage, size_t length)
+    {
+        bytes[size++] = static_cast<char>(storage);
+        for (; length >= 0x80; length >>= 7)
+            bytes[size++] = static_cast<char>(0x80 | (length & 0x7F));
+        bytes[size++] = static_cast<char>(length);
+    }
+};
 
 } // namespace
 
@@ -81,24 +84,27 @@ bool RecordView::isValid() const
     return true;
 }
 
-std::string withItem(RecordView record, StorageId storage, Bytes value)
+bool setItem(std::string &packed, StorageId storage, Bytes value)
 {
-    // What stands before and behind the place is copied as it is.
-    const uint8_t *start = record.packed().data();
+    const auto *start = reinterpret_cast<const uint8_t *>(packed.data());
     size_t before = 0, behind = 0, end = 0;
-    record.forEachItem([&](StorageId found, Bytes bytes) {
+    RecordView(Bytes(start, packed.size())).forEachItem([&](StorageId found, Bytes bytes) {
         end = static_cast<size_t>(bytes.data() + bytes.size() - start);
         before = found < storage ? end : before;
         behind = found <= storage ? end : behind;
         return true;
     });
-    std::string packed;
-    packed.reserve(end + value.size() + 1 + MaximumLengthBytes);
-    appendBytes(packed, record.packed().first(before));
-    if (!value.empty())
-        appendItem(packed, storage, value);
-    appendBytes(packed, record.packed().subspan(behind, end - behind));
-    return packed;
+    const ItemHead head(storage, value.size());
+    const size_t size = value.empty() ? 0 : head.size + value.size();
+    if (value.size() > LargestRecord || end - (behind - before) + size > LargestRecord)
+        return false;
+    packed.resize(end); // whatever stands behind the last whole item is unreadable
+    packed.replace(before, behind - before, size, '\0');
+    if (size > 0) {
+        std::memcpy(&packed[before], head.bytes.data(), head.size);
+        std::memcpy(&packed[before + head.size], value.data(), value.size());
+    }
+    return true;
 }
 
 } // namespace pdtm

@@ -52,8 +52,12 @@ private:
     Bytes m_packed;
 };
 
-/** A copy of the packed record with one item replaced, added or, with an empty value, taken out. */
-[[nodiscard]] std::string withItem(RecordView record, StorageId storage, Bytes value);
+/** Longest packed record that a box takes: a row of SQLite holds a little more. */
+constexpr size_t LargestRecord = (64 << 20) - 64;
+
+/** Replaces or adds an item in a packed record or, with an empty value, takes it out. False when the record
+ * would be longer than LargestRecord; it is as it was then. @param value no part of @p packed */
+[[nodiscard]] bool setItem(std::string &packed, StorageId storage, Bytes value);
 
 } // namespace pdtm
 

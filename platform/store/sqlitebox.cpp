@@ -98,7 +98,7 @@ const ItemDescription *SqliteBox::item(const char *code)
     std::memcpy(wanted.data(), code, wanted.size());
     uint32_t hash = 0;
     std::memcpy(&hash, code, sizeof hash);
-    CodeSlot &slot = m_codes[(hash * 2654435761U) >> 26];
+    CodeSlot &slot = m_codes[(hash * 2654435761U) >> 24];
     if (!slot.item || slot.code != wanted)
         slot = {wanted, m_schema.find(code)};
     return slot.item;

@@ -101,6 +101,8 @@ private:
     void riseCounter();
     PdtmStatus writeWholeCard(CardId &card, const std::string &packed);
     void skipUsedCard(CardId card, bool wasChosenHere);
+    PdtmStatus writeScratchItem(CardId card, const ItemDescription &item, Bytes value);
+    PdtmStatus editedCard(CardId card, const ItemDescription &item, Bytes value, std::string &packed);
     PdtmStatus storeCard(CardId card, Bytes packed);
     PdtmStatus writeOrdinaryCard(CardId card, Bytes packed);
     PdtmStatus removeStoredScratchCards();
@@ -129,7 +131,7 @@ private:
         ItemCode code{};
         const ItemDescription *item = nullptr;
     };
-    std::array<CodeSlot, 64> m_codes;
+    std::array<CodeSlot, 256> m_codes;
 
     ScratchCards *m_scratch = nullptr;
     std::set<CardId> m_storedScratch; ///< scratch cards of which the file holds a copy

@@ -374,9 +374,8 @@ void IndexFamilyTest::otherCollationRules()
     pdtm::IndexDefinition definition = reader.definition();
     QVERIFY(definition.collator != 0);
     definition.collator += 1;
-    const pdtm::CardId cards[] = {b, a};
     pdtm::FileStamp stamp;
-    pdtm::OrderImage image{reader.counter(), cards, std::string(2, '\0'), {1, 2}, "12"};
+    pdtm::OrderImage image{reader.counter(), {b, a}, std::string(2, '\0'), {1, 2}, "12"};
     QCOMPARE(pdtm::writeIndexFile(path, definition, image, stamp), PdtmStatus(PdtmOk));
     box.forgetMemory();
     box.open();

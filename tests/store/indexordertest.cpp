@@ -16,6 +16,7 @@ class IndexOrderTest : public QObject
 
 private slots:
     void agreesWithASortedList();
+    void manyInOnePlace();
     void manyAreRemovedInOnePass();
     void keysOfAStoredOrder();
     void refusesImpossibleCards_data();
@@ -49,10 +50,14 @@ void compare(const IndexOrder &order, const Model &model)
 {
     const std::vector<CardId> cards = sortedCards(model);
     QVERIFY(order.cards() == cards);
+    const std::vector<uint16_t> numbers = order.numbers();
+    QCOMPARE(size_t(std::count(numbers.begin(), numbers.end(), 0)), numbers.size() - cards.size());
+    QCOMPARE(size_t(order.count()), cards.size());
     uint16_t number = 0;
     uint16_t visible = 0;
     for (const CardId card : cards) {
         ++number;
+        QCOMPARE(numbers[card], number);
         QCOMPARE(order.numberOf(card), number);
         QCOMPARE(order.cardAt(number), card);
         QCOMPARE(order.attributeOf(card), model.at(card).attribute);
@@ -90,6 +95,39 @@ void IndexOrderTest::agreesWithASortedList()
             compare(order, model);
         }
     }
+    compare(order, model);
+}
+
+/** Blocks fill up and become empty. */
+void IndexOrderTest::manyInOnePlace()
+{
+    constexpr CardId Stored = 2000, Added = 2000;
+    IndexOrder order;
+    Model model;
+    const auto insert = [&](CardId card, const std::string &key) {
+        model[card] = {key, static_cast<uint8_t>(card % 2 * 0x40)};
+        QCOMPARE(order.cardAt(order.insert(card, model[card].attribute, key)), card);
+    };
+    for (CardId card = 1; card <= Stored; ++card) {
+        insert(card, "the same eight bytes, then " + std::to_string(10000 + card));
+    }
+    for (CardId card = Stored + Added; card > Stored; --card) {
+        insert(card, "the same eight bytes, then 11000");
+    }
+    compare(order, model);
+    std::vector<CardId> cards = order.cards();
+    std::rotate(cards.begin(), cards.begin() + 1000, cards.end()); // those of one place first
+    for (size_t i = 0; i < cards.size(); ++i) {
+        order.remove(cards[i]);
+        model.erase(cards[i]);
+        if (i % 500 == 250) {
+            compare(order, model);
+        }
+    }
+    QCOMPARE(order.count(), uint16_t(0));
+    QCOMPARE(order.next(0, {}), uint16_t(0));
+    QCOMPARE(order.previous(0xFFFF, {}), uint16_t(0));
+    insert(7, "again");
     compare(order, model);
 }
 
@@ -186,6 +224,16 @@ void IndexOrderTest::everyOrdinaryCardFits()
     QCOMPARE(order.next(0xFFFF, {}), uint16_t(0));
     QCOMPARE(order.nthBehind(0, PdtmLastOrdinaryCard, {}), uint16_t(PdtmLastOrdinaryCard));
     QCOMPARE(order.nthBefore(0xFFFF, PdtmLastOrdinaryCard, {}), uint16_t(1));
+    for (const CardId card : {CardId(1), CardId(30000), CardId(PdtmLastOrdinaryCard)}) {
+        const uint16_t number = order.numberOf(card);
+        QCOMPARE(number, uint16_t(PdtmLastOrdinaryCard + 1 - card));
+        QCOMPARE(order.cardAt(number), card);
+        order.remove(card);
+    }
+    order.setEmptyKeys();
+    order.insert(30000, 0, "z");
+    QCOMPARE(order.count(), uint16_t(PdtmLastOrdinaryCard - 2));
+    QCOMPARE(order.numberOf(30000), order.count());
 }
 
 QTEST_GUILESS_MAIN(IndexOrderTest)

@@ -55,7 +55,9 @@ public:
     explicit TestCard(const pdtm::Schema &schema) : m_schema(schema) {}
     TestCard &set(const char *code, const QByteArray &value)
     {
-        m_packed = pdtm::withItem(view(), m_schema.find(code)->storage, bytesOf(value));
+        [[maybe_unused]] const bool fits =
+            pdtm::setItem(m_packed, m_schema.find(code)->storage, bytesOf(value));
+        Q_ASSERT(fits);
         return *this;
     }
     [[nodiscard]] pdtm::RecordView view() const

@@ -16,6 +16,12 @@ Bytes asBytes(const QByteArray &bytes)
     return {reinterpret_cast<const uint8_t *>(bytes.constData()), static_cast<size_t>(bytes.size())};
 }
 
+QByteArray withItem(const QByteArray &record, StorageId storage, const QByteArray &value)
+{
+    std::string packed = record.toStdString();
+    return setItem(packed, storage, asBytes(value)) ? QByteArray::fromStdString(packed) : QByteArray();
+}
+
 } // namespace
 
 /** The packed record, as docs/store-format.md tells. */
@@ -24,7 +30,8 @@ class RecordTest : public QObject
     Q_OBJECT
 private slots:
     void layout();
-    void withItemKeepsTheOrder();
+    void setItemKeepsTheOrder();
+    void longestRecord();
     void lengths_data();
     void lengths();
     void malformed_data();
@@ -33,17 +40,16 @@ private slots:
 
 void RecordTest::layout()
 {
-    std::string packed = withItem({}, 3, asBytes("abc"));
-    packed = withItem(RecordView(asBytes(QByteArray::fromStdString(packed))), AttributeItem, asBytes("\x40"));
-    QCOMPARE(QByteArray::fromStdString(packed), QByteArray("\x03\x03"
-                                                           "abc\xFC\x01\x40"));
+    const QByteArray packed = withItem(withItem({}, 3, "abc"), AttributeItem, "\x40");
+    QCOMPARE(packed, QByteArray("\x03\x03"
+                                "abc\xFC\x01\x40"));
 }
 
-void RecordTest::withItemKeepsTheOrder()
+void RecordTest::setItemKeepsTheOrder()
 {
     QByteArray record;
     const auto set = [&record](StorageId storage, const QByteArray &value) {
-        record = QByteArray::fromStdString(withItem(RecordView(asBytes(record)), storage, asBytes(value)));
+        record = withItem(record, storage, value);
     };
     set(5, "five");
     set(2, "two");
@@ -63,6 +69,23 @@ void RecordTest::withItemKeepsTheOrder()
     QCOMPARE(seen, 1);
 }
 
+void RecordTest::longestRecord()
+{
+    constexpr size_t Head = 5; // storage id and a length of four bytes
+    const std::string value(LargestRecord - Head, 'v');
+    const auto *bytes = reinterpret_cast<const uint8_t *>(value.data());
+    std::string packed;
+    QVERIFY(setItem(packed, 1, {bytes, value.size()}));
+    QCOMPARE(packed.size(), LargestRecord);
+    const std::string whole = packed;
+    QVERIFY(!setItem(packed, 2, {bytes, 1}));
+    QVERIFY(packed == whole);
+    QVERIFY(setItem(packed, 1, {bytes, value.size()})); // in place of the other
+    QVERIFY(packed == whole);
+    QVERIFY(setItem(packed, 1, {}));
+    QVERIFY(packed.empty());
+}
+
 void RecordTest::lengths_data()
 {
     QTest::addColumn<int>("length");
@@ -74,9 +97,8 @@ void RecordTest::lengths()
 {
     QFETCH(int, length);
     const QByteArray value(length, 'v');
-    const QByteArray record = QByteArray::fromStdString(withItem({}, 1, asBytes(value)));
-    const QByteArray longer =
-        QByteArray::fromStdString(withItem(RecordView(asBytes(record)), 2, asBytes("x")));
+    const QByteArray record = withItem({}, 1, value);
+    const QByteArray longer = withItem(record, 2, "x");
     QVERIFY(RecordView(asBytes(longer)).isValid());
     QCOMPARE(asArray(RecordView(asBytes(longer)).item(1)), value);
     QCOMPARE(asArray(RecordView(asBytes(longer)).item(2)), QByteArray("x"));
@@ -117,7 +139,7 @@ void RecordTest::malformed()
     int seen = 0;
     view.forEachItem([&seen](StorageId, Bytes) { return ++seen > 0; });
     QCOMPARE(seen, 1);
-    const QByteArray mended = QByteArray::fromStdString(withItem(view, 9, asBytes("new")));
+    const QByteArray mended = withItem(record, 9, "new");
     QCOMPARE(mended, QByteArray("\x03\x02ok\x09\x03new"));
 }
 
