@@ -109,6 +109,7 @@ void IndexOrder::layOut(const std::vector<CardId> &cards)
         blockSlots(block)[i % BlockFill] = cards[i];
         m_blocks[cards[i]] = static_cast<uint16_t>(block + 1);
     }
+    noteAllFirst();
 }
 
 bool IndexOrder::assign(const std::vector<CardId> &cards, std::span<const uint8_t> attributes)
@@ -136,6 +137,7 @@ void IndexOrder::setEmptyKeys()
 {
     m_keyPlaces.clear();
     m_keys.clear();
+    m_firstPrefixes.fill(0);
     m_deadKeyBytes = 0;
     m_hasKeys = true;
 }
@@ -158,6 +160,7 @@ bool IndexOrder::setKeys(std::span<const CardId> cards, std::span<const uint32_t
         }
         begin = ends[i];
     }
+    noteAllFirst();
     m_hasKeys = known == count();
     return m_hasKeys;
 }
@@ -199,14 +202,37 @@ void IndexOrder::compactKeys()
     m_deadKeyBytes = 0;
 }
 
+uint64_t IndexOrder::prefixOf(CardId card) const
+{
+    return card < m_keyPlaces.size() ? m_keyPlaces[card].prefix : 0;
+}
+
+void IndexOrder::noteFirst(size_t block)
+{
+    m_firstPrefixes[block] = prefixOf(*blockSlots(block));
+}
+
+void IndexOrder::noteAllFirst()
+{
+    for (size_t block = 0; m_starts[block] < count(); ++block) {
+        noteFirst(block);
+    }
+}
+
 bool IndexOrder::standsBefore(CardId left, const SortPlace &place) const
 {
-    const uint64_t prefix = left < m_keyPlaces.size() ? m_keyPlaces[left].prefix : 0;
+    const uint64_t prefix = prefixOf(left);
     if (prefix != place.prefix) {
         return prefix < place.prefix;
     }
     const int order = compareKeys(keyOf(left), place.key);
     return order < 0 || (order == 0 && left < place.card);
+}
+
+bool IndexOrder::beginsBefore(size_t block, const SortPlace &place) const
+{
+    const uint64_t prefix = m_firstPrefixes[block];
+    return prefix != place.prefix ? prefix < place.prefix : standsBefore(*blockSlots(block), place);
 }
 
 /** The last block whose first card stands before, else the first one. */
@@ -216,7 +242,7 @@ size_t IndexOrder::blockFor(const SortPlace &place) const
     size_t last = m_slots.size() / BlockCapacity;
     while (last - first > 1) {
         const size_t middle = (first + last) / 2;
-        (standsBefore(*blockSlots(middle), place) ? first : last) = middle;
+        (beginsBefore(middle, place) ? first : last) = middle;
     }
     return first;
 }
@@ -247,6 +273,7 @@ uint16_t IndexOrder::insert(CardId card, uint8_t attribute, std::string_view key
         std::partition_point(begin, end, [&](CardId left) { return standsBefore(left, place); });
     std::copy_backward(slot, end, end + 1);
     *slot = card;
+    noteFirst(block);
     moveStarts(block, 1);
     m_blocks[card] = static_cast<uint16_t>(block + 1);
     m_attributes[card] = attribute;
@@ -277,6 +304,7 @@ void IndexOrder::remove(CardId card)
     CardId *const end = blockSlots(block) + blockSize(block);
     CardId *const slot = std::find(blockSlots(block), end, card);
     std::copy(slot + 1, end, slot);
+    noteFirst(block);
     moveStarts(block, -1);
     forget(card);
 }

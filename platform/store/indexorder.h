@@ -105,6 +105,10 @@ private:
     [[nodiscard]] CardId *blockSlots(size_t block) { return &m_slots[block * BlockCapacity]; }
     [[nodiscard]] const CardId *blockSlots(size_t block) const { return &m_slots[block * BlockCapacity]; }
     [[nodiscard]] size_t blockFor(const SortPlace &place) const;
+    [[nodiscard]] uint64_t prefixOf(CardId card) const;
+    [[nodiscard]] bool beginsBefore(size_t block, const SortPlace &place) const;
+    void noteFirst(size_t block);
+    void noteAllFirst();
     void layOut(const std::vector<CardId> &cards);
     void moveStarts(size_t block, int change);
     void forget(CardId card);
@@ -118,7 +122,9 @@ private:
 
     std::vector<CardId> m_slots; // BlockCapacity for each block; none of the blocks is empty
     std::array<uint16_t, MostBlocks + 1>
-        m_starts{};                    // number of cards before each block; count() behind the last
+        m_starts{}; // number of cards before each block; count() behind the last
+    // Key prefix of the first card of each block: finding a block touches little else.
+    std::array<uint64_t, MostBlocks> m_firstPrefixes{};
     mutable size_t m_lastBlock = 0;    // where a number was found last
     std::vector<uint16_t> m_blocks;    // by card id, the block plus 1; 0: not here
     std::vector<uint8_t> m_attributes; // by card id
