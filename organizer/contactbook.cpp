@@ -12,7 +12,6 @@ constexpr int WatchInterval = 300; // ms, to see that it was lent or came back
 
 ContactBook::ContactBook(QObject *parent) : QObject(parent)
 {
-    KyPDataBase::createAddressbookFile(KyPDataManagerIndexInfo());
     connect(&m_watch, &QTimer::timeout, this, &ContactBook::look);
     open();
     m_available = isAvailable();
@@ -24,10 +23,12 @@ bool ContactBook::isAvailable() const
     return m_box && m_box->isOpened() && m_box->count() >= 0;
 }
 
-/* A manager that could not open has no index table: a later attempt needs a new one. */
+/* A manager that could not open has no index table: a later attempt needs a new one. The files are looked at
+ * each time, since an application that starts at the same moment may have been in the way of their making. */
 void ContactBook::open()
 {
     m_box.reset();
+    KyPDataBase::createAddressbookFile(KyPDataManagerIndexInfo());
     m_box = std::make_unique<KyPDataBase>(KyPDataBase::addressbookFileName(false),
                                           KyPDataBase::addressbookItems(), nullptr, false);
 }
