@@ -1,5 +1,6 @@
 #include "qcopchannel.h"
 #include "sessionbus_p.h"
+#include <QCoreApplication>
 #include <QDBusMessage>
 #include <QHash>
 
@@ -163,7 +164,11 @@ bool QCopChannel::send(const QByteArray &channel, const QByteArray &message, con
     QDBusMessage signal =
         QDBusMessage::createSignal(objectPath(), QLatin1String(Interface), QLatin1String(Member));
     signal << wireName(channel) << QString::fromUtf8(message) << data;
-    return SessionBus::connection().send(signal);
+    const bool sent = SessionBus::connection().send(signal);
+    // Without an application object nothing sees to it at the end of the process that the message is out.
+    if (!QCoreApplication::instance())
+        SessionBus::flush();
+    return sent;
 }
 
 void QCopChannel::receive(const QByteArray &message, const QByteArray &data)

@@ -171,4 +171,10 @@ bool hasOwner(const QString &service)
     return askBus(QStringLiteral("NameHasOwner"), {service}).toBool();
 }
 
+void flush()
+{
+    // The bus answers in the order in which it reads.
+    askBus(QStringLiteral("GetId"), {});
+}
+
 } // namespace SessionBus

@@ -35,6 +35,9 @@ KY_EXPORT void releaseName(const QString &service);
 /** True when a process owns the name; also for the names of connections, which are never used twice. */
 [[nodiscard]] KY_EXPORT bool hasOwner(const QString &service);
 
+/** Waits, at most 1 s, until the bus has what was sent. */
+KY_EXPORT void flush();
+
 } // namespace SessionBus
 
 #endif
