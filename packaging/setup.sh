@@ -3,7 +3,7 @@
 
 packages_to_build=(g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-svg-dev libsqlite3-dev libicu-dev
   dbus fonts-ipafont-gothic tzdata)
-packages_to_test=(xvfb xauth sqlite3)
+packages_to_test=(xvfb xauth binutils)
 
 # missing_packages NAME...: those of them that are not installed, a line each.
 missing_packages() {
