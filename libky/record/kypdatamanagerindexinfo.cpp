@@ -37,7 +37,7 @@ void KyPDataManagerIndexInfo::addIndexInfo(const char *indexFile, const char *se
     d->entries.append(entry);
 }
 
-const QList<KyPDataManagerIndexEntry> &KyPDataManagerIndexInfo::entries() const
+QList<KyPDataManagerIndexEntry> KyPDataManagerIndexInfo::entries() const
 {
     return d->entries;
 }

@@ -43,7 +43,7 @@ public:
 
     /** All indexes, in the order they were added. The reference is good until the next change of this value.
      */
-    [[nodiscard]] const QList<KyPDataManagerIndexEntry> &entries() const;
+    [[nodiscard]] QList<KyPDataManagerIndexEntry> entries() const;
 
 private:
     QSharedDataPointer<KyPDataManagerIndexInfoPrivate> d;

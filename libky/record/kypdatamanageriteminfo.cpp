@@ -66,7 +66,7 @@ void KyPDataManagerItemInfo::addItem(const KyPDataManagerItem &item)
     d->entries.append(item);
 }
 
-const QList<KyPDataManagerItem> &KyPDataManagerItemInfo::entries() const
+QList<KyPDataManagerItem> KyPDataManagerItemInfo::entries() const
 {
     return d->entries;
 }

@@ -55,7 +55,7 @@ public:
     void addItem(const KyPDataManagerItem &item);
 
     /** All items, in the order they were added. The reference is good until the next change of this value. */
-    [[nodiscard]] const QList<KyPDataManagerItem> &entries() const;
+    [[nodiscard]] QList<KyPDataManagerItem> entries() const;
 
 private:
     void add(const char *code, quint8 type, int kind, const QString &label);

@@ -339,7 +339,9 @@ PDTM_EXPORT PdtmStatus _IndexGroup(const char *parent, const char *path, uint32_
 PDTM_EXPORT PdtmStatus _IndexUnGroup(const char *path, uint32_t handle);
 
 /** Counts visible cards that match, going forward behind @p start; an empty or null expression matches all.
- * The flag and @p third are 0. PdtmNone with a count of 0 when there is none.
+ * An expression has no length here. When it ends in a text the byte behind that text's 0 is looked at, since
+ * a join may stand there: it has to be readable. The same holds for _IndexSearch(). The flag and @p third are
+ * 0. PdtmNone with a count of 0 when there is none.
  * @param first index number of the first match, 0 when there is none; may be null */
 PDTM_EXPORT PdtmStatus _IndexCount(const char *path, uint32_t handle, const void *expression, int flag,
                                    uint8_t mask, uint8_t value, uint8_t third, uint16_t start,

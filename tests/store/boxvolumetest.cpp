@@ -189,7 +189,7 @@ void BoxVolumeTest::readOnlyVolumeWithAnIndex()
         QCOMPARE(card, uint16_t(2));
         QCOMPARE(_IndexSearch(path, handle,
                               "NAPR\xFE\x90\x11"
-                              "b",
+                              "b\0", // and a byte where a join would stand
                               0, 0x40, 0, 0, 0, &number),
                  PdtmStatus(PdtmOk));
         QCOMPARE(number, uint16_t(2));
