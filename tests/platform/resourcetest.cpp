@@ -1,6 +1,7 @@
 #include "resource.h"
 #include "logcapture.h"
 #include "qpeapplication.h"
+#include <QPixmapCache>
 #include <QtTest>
 
 class ResourceTest : public QObject

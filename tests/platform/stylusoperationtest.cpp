@@ -1,4 +1,5 @@
 #include "qpeapplication.h"
+#include <QListWidget>
 #include <QtTest>
 
 namespace {

@@ -41,12 +41,12 @@ int childMain(int argc, char **argv)
         return 2;
     const QByteArray name = argv[2];
     if (argc > 4) {
-        StoreFaults::killBefore(atoi(argv[4]));
-        createVersion(name, atoi(argv[3]));
+        StoreFaults::killBefore(QByteArray(argv[4]).toInt());
+        createVersion(name, QByteArray(argv[3]).toInt());
         return 0;
     }
     ChildProcess::say("ready");
-    createVersion(name, atoi(argv[3]));
+    createVersion(name, QByteArray(argv[3]).toInt());
     return 0;
 }
 

@@ -68,7 +68,8 @@ void DescriptorsTest::itemOperations_data()
     QTest::addColumn<int>("type");
     QTest::addColumn<int>("kind");
     QTest::addColumn<QString>("label");
-    const auto row = [](const char *name, Add add, const char *code, int type, int kind, const char *label) {
+    const auto row = [](const char *name, const Add &add, const char *code, int type, int kind,
+                        const char *label) {
         QTest::newRow(name) << add << QByteArray(code) << type << kind << QString::fromLatin1(label);
     };
     row(
@@ -99,7 +100,7 @@ void DescriptorsTest::itemOperations()
     KyPDataManagerItemInfo items;
     add(items);
     QCOMPARE(items.entries().size(), 1);
-    const KyPDataManagerItem &item = items.entries().first();
+    const KyPDataManagerItem item = items.entries().first();
     QTEST(codeOf(item), "code");
     QTEST(int(item.type), "type");
     QTEST(item.kind, "kind");
@@ -218,11 +219,11 @@ void DescriptorsTest::indexIsKept()
     indexes.addIndexInfo("F0:ONE.IDX", "s\0arch", 6, "sort\0", 5);
     indexes.addIndexInfo("F0:TWO.IDX", nullptr, 0, nullptr, 0);
     QCOMPARE(indexes.entries().size(), 2);
-    const KyPDataManagerIndexEntry &one = indexes.entries().at(0);
+    const KyPDataManagerIndexEntry one = indexes.entries().at(0);
     QCOMPARE(one.indexFile, "F0:ONE.IDX");
     QCOMPARE(QByteArray(one.searchExp, int(one.searchLength)), QByteArray("s\0arch", 6));
     QCOMPARE(QByteArray(one.sortExp, int(one.sortLength)), QByteArray("sort\0", 5));
-    const KyPDataManagerIndexEntry &two = indexes.entries().at(1);
+    const KyPDataManagerIndexEntry two = indexes.entries().at(1);
     QCOMPARE(two.indexFile, "F0:TWO.IDX");
     QCOMPARE(two.searchLength, 0u);
     QCOMPARE(two.sortLength, 0u);
@@ -257,7 +258,7 @@ void DescriptorsTest::indexLimits()
     QCOMPARE(indexes.entries().size(), taken ? 1 : 0);
     if (!taken)
         return;
-    const KyPDataManagerIndexEntry &entry = indexes.entries().first();
+    const KyPDataManagerIndexEntry entry = indexes.entries().first();
     QCOMPARE(QByteArray(entry.indexFile), path);
     QCOMPARE(QByteArray(entry.searchExp, int(entry.searchLength)), bytes.left(search));
     QCOMPARE(QByteArray(entry.sortExp, int(entry.sortLength)), bytes.left(sort));
@@ -350,7 +351,7 @@ void DescriptorsTest::fieldBecomesItem()
     KyPDataManagerItemInfo items;
     table.toKyPdtmItemInfo(&items);
     QCOMPARE(items.entries().size(), 1);
-    const KyPDataManagerItem &item = items.entries().first();
+    const KyPDataManagerItem item = items.entries().first();
     QTEST(codeOf(item), "code");
     QTEST(int(item.type), "type");
     QTEST(item.kind, "kind");

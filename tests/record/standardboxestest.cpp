@@ -162,9 +162,11 @@ using Table = QList<Field>;
 template <size_t Count> Table parsed(const char *const (&rows)[Count])
 {
     Table table;
-    for (const QByteArray row : rows)
+    for (const char *const text : rows) {
+        const QByteArray row = text;
         table.append(
             {row.left(2).toInt(), row.mid(3, 4), row.mid(8, 1).toInt(), row.at(10) == '+', row.mid(12)});
+    }
     return table;
 }
 
