@@ -18,8 +18,6 @@
 #include <sys/vfs.h>
 #include <sys/wait.h>
 
-extern char **environ;
-
 namespace {
 
 constexpr int Small = 5000, Large = 50000;
@@ -97,6 +95,7 @@ std::vector<double> inTurn(int rounds, const std::vector<std::function<void()>> 
             times[i].push_back(watch.microseconds());
         }
     std::vector<double> medians;
+    medians.reserve(times.size());
     for (const auto &values : times)
         medians.push_back(median(values));
     return medians;

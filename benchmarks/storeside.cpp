@@ -79,6 +79,7 @@ void StoreSide::create()
 {
     require(_BoxCreate(boxPath().c_str(), Application), "_BoxCreate");
     std::vector<ITEMDATA> items;
+    items.reserve(std::size(TextItems) + 1);
     for (const char *code : TextItems)
         items.push_back(itemData(ItemTextUtf8, KindText, code));
     items.push_back(itemData(ItemCategory, KindCategory, "CTGR"));
