@@ -2,7 +2,6 @@
 
 #include "addressfields.h"
 #include "contactnames.h"
-#include "resource.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>

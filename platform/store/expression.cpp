@@ -54,11 +54,6 @@ const ValueForm *formOf(uint8_t type)
     return form == Forms.end() ? nullptr : &*form;
 }
 
-char lowerAscii(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
 bool sameFolded(char stored, char folded)
 {
     return lowerAscii(stored) == folded;

@@ -12,11 +12,6 @@ constexpr std::array<uint8_t, 12> KnownTypes = {ItemTextSjis, ItemTime,      Ite
                                                 ItemBinary,   ItemUshortAlt, ItemUchar,    ItemCategory,
                                                 ItemColor,    ItemTextSjis2, ItemTextUtf8, ItemUlong};
 
-char lowerAscii(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
 } // namespace
 
 Schema::Schema()

@@ -83,6 +83,12 @@ template <typename Item> const Item *findByCode(std::span<const Item> items, con
     return nullptr;
 }
 
+/** The letters A to Z in lower case; every other byte as it is. */
+[[nodiscard]] constexpr char lowerAscii(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
 } // namespace pdtm
 
 #endif
