@@ -4,6 +4,14 @@
 #include "kypdatabaseiteminfo.h"
 #include "kypdatamanager.h"
 
+class Contact;
+class Event;
+class Task;
+
+namespace KyCategory {
+class KyCategories;
+}
+
 namespace KyPDtm {
 
 /**
@@ -30,6 +38,13 @@ class KY_EXPORT KyPDataBase : public KyPDataManager
 {
     Q_OBJECT
 public:
+    /** In which ids the categories of a record are. */
+    enum CategoriesType {
+        CategoriesXml = 0,  ///< those of the platform's category file
+        CategoriesPdtm = 1, ///< those of the box table, as cards have them
+        CategoriesNone = 2  ///< categories are left alone
+    };
+
     /**
      * Opens a box; see KyPDataManager for the arguments and for what follows when it can't be opened.
      * @param items its field table, of which the object keeps a copy
@@ -70,6 +85,48 @@ public:
     requires(std::is_arithmetic_v<T> || std::is_enum_v<T>) bool writeField(int field, T value) = delete;
     /** To clear a field call clearField(). */
     bool writeField(int field, std::nullptr_t) = delete;
+    /** @} */
+
+    /** @name View
+     * @{ */
+
+    bool sortField(int field, bool ascending); ///< sort() by the item of a field
+    /** The next card with a text in a field; see search(). */
+    bool searchField(unsigned long *card, const QString &text, int field, unsigned char op, bool forward);
+    /** @} */
+
+    /** @name Records
+     * The platform's contacts, tasks and events as cards of the standard boxes, @p db being the open box.
+     *
+     * The `add` calls write a new card, the `edit` calls card @p *card, a new one when that is 0 or
+     * ResumeCardId. @p *card gets the id. The card is written first, its categories after it in a second
+     * edit; both are one action, on the disk as a whole when the call returns true.
+     * A null @p db gives false, or an empty record.
+     * @{ */
+
+    static bool addAddressbookEntry(KyPDataBase *db, unsigned long *card, const Contact &contact,
+                                    CategoriesType type);
+    static bool addTodolistEntry(KyPDataBase *db, unsigned long *card, const Task &task, CategoriesType type);
+    static bool addDatebookEntry(KyPDataBase *db, unsigned long *card, const Event &event,
+                                 CategoriesType type);
+    static bool editAddressbookEntry(KyPDataBase *db, unsigned long *card, const Contact &contact,
+                                     CategoriesType type);
+    static bool editTodolistEntry(KyPDataBase *db, unsigned long *card, const Task &task,
+                                  CategoriesType type);
+    static bool editDatebookEntry(KyPDataBase *db, unsigned long *card, const Event &event,
+                                  CategoriesType type);
+    [[nodiscard]] static Contact toContact(KyPDataBase *db, unsigned long card, CategoriesType type);
+    [[nodiscard]] static Task toTask(KyPDataBase *db, unsigned long card, CategoriesType type);
+    [[nodiscard]] static Event toEvent(KyPDataBase *db, unsigned long card, CategoriesType type);
+
+    /** Copies a card from another box of the same layout. @param sourceCategories table that the ids on the
+     * source card belong to; null when it is this device's */
+    static bool addAddressbookEntry(KyPDataBase *db, unsigned long *card, KyPDataManager *source,
+                                    unsigned long sourceCard, KyCategory::KyCategories *sourceCategories);
+    static bool addTodolistEntry(KyPDataBase *db, unsigned long *card, KyPDataManager *source,
+                                 unsigned long sourceCard, KyCategory::KyCategories *sourceCategories);
+    static bool addDatebookEntry(KyPDataBase *db, unsigned long *card, KyPDataManager *source,
+                                 unsigned long sourceCard, KyCategory::KyCategories *sourceCategories);
     /** @} */
 
     /** @name Field numbers

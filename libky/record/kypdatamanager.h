@@ -7,6 +7,7 @@
 #include <memory>
 #include <QByteArray>
 #include <QDateTime>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <type_traits>
@@ -26,6 +27,24 @@ class KyPDataManagerSortKey;
 constexpr unsigned long WorkCardId = 0xFF00;
 /** The id that stands for a card which is yet to be made; see KyPDataManager::resumeCardId(). */
 constexpr unsigned long ResumeCardId = 0xFF10;
+
+/** The pseudo category of the cards with no category at all. */
+constexpr int UnfiledCategoryId = 254;
+
+/** True for a category that a view can be made of: 1 to 245, or UnfiledCategoryId. */
+[[nodiscard]] KY_EXPORT bool FilerCheckCategoryId(int category);
+
+/**
+ * The search expression of a category view: `CTGR` 0xFE 0x92 0x0C, the id, and a 0 byte.
+ * @param dst room for nine bytes @param length set to 9
+ *
+ * Both are left alone for an id that FilerCheckCategoryId() refuses.
+ */
+KY_EXPORT void GetCategory_FilterInfo(unsigned char *dst, unsigned char id, unsigned short *length);
+
+/** KyPDataManager::categoryRemoved() for each box of a folder that can be opened; one that another process
+ * holds goes without. */
+KY_EXPORT void updateForCategoryRemovedVolume(const QString &dir, int category);
 
 /** True when @p size, in bytes, is above 102400: so much garbage is worth a compaction of its own. */
 [[nodiscard]] KY_EXPORT bool IsBigGarbage(unsigned long size);
@@ -66,9 +85,18 @@ class KY_EXPORT KyPDataManager : public QObject
 {
     Q_OBJECT
 public:
-    /** What deleteCard() takes away. */
+    /** What deleteCard() takes away. The category operations take the first two. */
     enum DeleteMode {
-        DeleteSingle = 0 ///< one card
+        DeleteSingle = 0,  ///< one card
+        DeleteVisible = 1, ///< all cards of the view
+        DeleteAll = 2      ///< all cards of the box
+    };
+
+    /** Which index a filter chooses its cards from. */
+    enum FilterFor {
+        FilterCurrent = 0, ///< the current one
+        FilterMaster = 1,  ///< the master
+        FilterResume = 2   ///< the one that unfilter() would go back to
     };
 
     /**
@@ -261,12 +289,132 @@ public:
      * @{ */
 
     /**
-     * Deletes a card; the box is compacted when its garbage has grown too much. The current card stays as it
-     * is, even when it is the deleted one.
-     * @param card in: the card, 0 for the current one; out: the card behind it in the current index, else the
-     * one before it, else 0. Unchanged on failure
+     * Deletes one card, all cards of the view, or all cards of the box, in one step that is on the disk when
+     * this call returns true. The box is compacted when its garbage has grown too much. The current card
+     * stays as it is, even when it is a deleted one.
+     * @param card for DeleteSingle. In: the card, 0 for the current one; out: the card behind it in the
+     * current index, else the one before it, else 0. Unchanged on failure and in the other modes
      */
     bool deleteCard(unsigned long *card, DeleteMode mode);
+    /** @} */
+
+    /** @name Categories of cards
+     * A card has a list of category ids, 1 to 245; with an empty list it is unfiled. Changes here need no
+     * edit. The flags at the end have no effect.
+     *
+     * With DeleteVisible the first two run a loop of a deliberate shape: from the first card of the view on
+     * as long as next() finds *nothing*. So a view of several cards is left as it is, with true as result,
+     * and only that of a single card is changed. Walk the view and use DeleteSingle.
+     * @{ */
+
+    /** Adds a category to a card, and the card to the view of that category if there is one. 254 empties the
+     * list. @return false on failure; an index that can't take the card is deleted then */
+    bool addCardToCtgr(unsigned long card, int category, DeleteMode mode, bool flag);
+    /** Takes a category from a card, and the card from the view of that category. */
+    bool removeCardFromCtgr(unsigned long card, int category, DeleteMode mode, bool flag);
+    /**
+     * Gives a card another list, in an edit of its own. Views of categories that are there already are not
+     * brought up to date by this call; that of UnfiledCategoryId loses the card, unless it is the current one
+     * and the list empty.
+     * @return false on failure, and for any mode but DeleteSingle
+     */
+    bool updateCategories(unsigned long card, const QList<int> &categories, DeleteMode mode, bool flag);
+    /** The list of a card, 0 for the current one, without ids that FilerCheckCategoryId() refuses. Empty when
+     * it can't be read. */
+    [[nodiscard]] QList<int> readCategories(unsigned long card) const;
+
+    /** Takes a category from all cards of this box and deletes the views that it changes, then makes the
+     * master current, whatever the view was. @return false when a card could not be changed */
+    bool categoryRemoved(int category);
+    /** categoryRemoved() for each box of every volume: of internal storage and of all cards. A box that
+     * another process holds goes without; that process hears of it by the message `categoryRemoved(int)`. */
+    static void updateForCategoryRemoved(int category);
+    /** @} */
+
+    /** @name The view: order
+     * A view is one of the indexes of the box and a direction. The ten indexes that were used last are kept,
+     * so that going back to an order costs nothing; a direction is never built into an index.
+     *
+     * A change that fails leaves the view as it was.
+     * @{ */
+
+    /** Sorts by an item, by its pronunciation where the box declares one. A view of a category or a search
+     * keeps its cards.
+     * @return false for an unknown item, when no index can be made, and for a new order of an empty box */
+    bool sort(int item, bool ascending);
+    bool sort(const char *code, bool ascending); ///< sort() by the number of a code
+    /**
+     * Sorts by a sort expression of several keys.
+     *
+     * On a view of a category or a search the result is inverted: false after success, true after a failure.
+     * @param expression six bytes a key, with no 0 byte needed behind them @param length at most 50
+     */
+    bool sort(const char *expression, int length, bool ascending);
+    /** Goes back to the order of the master; a view of a category or a search keeps its cards. */
+    void sort(bool ascending);
+    /**
+     * Makes one of the indexes of the box current, in the order that the view had.
+     * @param indexName base name of the index
+     * @param makeMaster it becomes the master too, which must be a permanent one; all temporary indexes are
+     *        deleted
+     * @return false for an unknown name, or a temporary index as master
+     */
+    bool setCurrentIndex(const char *indexName, bool makeMaster);
+    /** Code of the first key of the current index, null when it has none. */
+    [[nodiscard]] QString current1stSortKey() const;
+    /** Writes all indexes and the view to the debug log. */
+    void dumpIndexStatus() const;
+    /** @} */
+
+    /** @name The view: which cards
+     * @{ */
+
+    /** Shows one category, in the order of the view. The index is kept for the next time, except for that of
+     * UnfiledCategoryId. @return false for an id that is no category, and on failure: the view stays */
+    bool enableFilter(int category);
+    /** Goes from a category back to all cards, in the order of the view. @param discard deletes the index of
+     * the category @return the result of the sort() that restores the order */
+    bool disableFilter(bool discard);
+    /**
+     * Shows the cards that satisfy a search expression.
+     * @param sortExp order of the new view, @p sortLen bytes
+     * @param parent where the cards are chosen from
+     * @param keepResume the present view is kept for unfilter(); otherwise it is deleted when it is a search
+     * @return false on failure: the view stays
+     */
+    bool filter(const char *searchExp, unsigned long searchLen, const char *sortExp, unsigned long sortLen,
+                FilterFor parent, bool keepResume);
+    /** Leaves a search and deletes its index. @param toResume goes to the view that filter() kept, if there
+     * is one; else to the master, in the order that it had. @return false when the view is no search */
+    bool unfilter(bool toResume);
+    /** Forgets the view that filter() kept. */
+    void killIdxResume();
+    /** True when the current index is the result of a search. A category doesn't count as one. */
+    [[nodiscard]] bool isFiltered() const;
+    /** @} */
+
+    /** @name Searching and counting
+     * Neither changes the view. Three bytes choose which cards take part: `ATTR & mask == value`, the third
+     * is 0; the calls without them take those of getAttrValues(). Search expressions carry no length: behind
+     * one that ends in a text another byte must be readable, as it is in a QByteArray.
+     * @{ */
+
+    /** Counts the cards that match. @param startCard counts behind this card, 0 for all @return false, with
+     * @p *result 0, on failure and when there is none */
+    bool count(int *result, const char *searchExp, unsigned long startCard, unsigned char mask,
+               unsigned char value, unsigned char third, const char *index = nullptr);
+    bool count(int *result, const char *searchExp, unsigned long startCard,
+               const char *index = nullptr); ///< as above
+
+    /** The next card that matches, as the user sees the view. @param card in: where to start, 0 for the end
+     * of the view; out: the match @return false, with @p *card unchanged, when there is none */
+    bool search(unsigned long *card, const char *searchExp, bool forward, unsigned char mask,
+                unsigned char value, unsigned char third, const char *index = nullptr);
+    bool search(unsigned long *card, const char *searchExp, bool forward,
+                const char *index = nullptr); ///< as above
+    /** The next card with a text. @param item code of the item; null for the one that the box names, else
+     * for any text @param op comparison of the store, such as 0x92 for containment */
+    bool search(unsigned long *card, const QString &text, const char *item, unsigned char op, bool forward);
     /** @} */
 
     /** @name Walking
@@ -304,8 +452,6 @@ public:
     [[nodiscard]] int sortItem() const;
     /** False when the view runs from the last card of the index to the first. */
     [[nodiscard]] bool ascendent() const;
-    /** True when the current index is the result of a search. A category doesn't count as one. */
-    [[nodiscard]] bool isFiltered() const;
     /** The id that the next new card will get, 0 on failure. */
     [[nodiscard]] unsigned long expectedCardId() const;
     /** ResumeCardId. */
@@ -326,8 +472,8 @@ public:
     /** @} */
 
 public slots:
-    /** Obeys `closeFile(QString,QString)` and `openFile(QString,QString)` from other applications; nothing
-     * else is looked at. */
+    /** Obeys `closeFile(QString,QString)` and `openFile(QString,QString)` from other applications, and
+     * `categoryRemoved(int)`; nothing else is looked at. */
     void systemMessage(const QByteArray &message, const QByteArray &data);
 
 private:
@@ -338,10 +484,14 @@ private:
 
 } // namespace KyPDtm
 
+using KyPDtm::FilerCheckCategoryId;
+using KyPDtm::GetCategory_FilterInfo;
 using KyPDtm::InitLanguageEnvironment;
 using KyPDtm::IsBigGarbage;
 using KyPDtm::KyPDataManager;
 using KyPDtm::ResumeCardId;
+using KyPDtm::UnfiledCategoryId;
+using KyPDtm::updateForCategoryRemovedVolume;
 using KyPDtm::WorkCardId;
 
 #endif

@@ -93,6 +93,22 @@ public:
     /** Fills categoryId and filtered of a row from the search expression of its index. */
     static void getIndexSearchInfo(const char *indexPath, PIOIDXINFO *row);
 
+    /** Makes a row the current index, and the temporary ones that aren't older. */
+    void makeCurrent(PIOIDXINFO *row);
+    /** A row, not yet in use, that names a file for a new temporary index; the oldest temporary index makes
+     * room when all rows are in use. Null when none can be had. */
+    [[nodiscard]] PIOIDXINFO *takeRow();
+    /** Deletes the index of a row and zeroes the row. */
+    void dropRow(PIOIDXINFO *row);
+    /** Path of the index of a row. */
+    [[nodiscard]] QByteArray rowPath(const PIOIDXINFO *row) const;
+    /** Writes the whole sort expression for an item, terminator included, to @p dst of PdtmInfoRoom bytes,
+     * with the partner of the item or the second key of the box behind it. Its length, -1 on failure. */
+    [[nodiscard]] int createSortCond(quint8 item, quint8 *dst, bool ascending) const;
+    /** Gives the index of a row another sort expression and sorts it; the row itself is left as it is. False
+     * on failure, with a log line and lastError. */
+    bool sortIndexOf(const PIOIDXINFO *row, const quint8 *expression, int length);
+
     /** Path of the named index, or of the current one for null; empty, which the store refuses, when there is
      * none. */
     [[nodiscard]] QByteArray indexPath(const char *index) const;
