@@ -16,6 +16,10 @@ constexpr quint8 AttributeMask = 0x40;
 constexpr quint8 AttributeValue = 0;
 constexpr quint8 AttributeThird = 0;
 
+/** Where a walk or a search over a whole index starts. */
+constexpr quint16 BeforeFirst = 0;
+constexpr quint16 BehindLast = 0xFFFF;
+
 /** One row of the index table. A row that is not in use is all zero. */
 struct PIOIDXINFO
 {
@@ -115,6 +119,12 @@ public:
 
     /** The visible card next to @p card in an index, the outermost one for 0; 0 when there is none. */
     [[nodiscard]] unsigned long step(const QByteArray &indexPath, bool forward, unsigned long card) const;
+
+    /** Index number of the card that a search or a count starts from; left as it is, for the end of the index,
+     * for 0. False, with lastError, when the card is not in the index. */
+    [[nodiscard]] bool findStart(const QByteArray &indexPath, unsigned long card, quint16 *position);
+    /** The item that a text is searched in: the one named, else the one that the box names, else any. */
+    [[nodiscard]] ItemCode searchedItem(const char *item) const;
 
     /** Makes a card current; false, with nothing changed, for 0. */
     bool moveTo(unsigned long card);
