@@ -10,20 +10,11 @@ constexpr int NoCategory = 0;
 constexpr int FirstCategory = 1;
 constexpr int LastCategory = 245;
 constexpr int CategoryKind = 18;
-constexpr quint8 NewRowAge = 5;
 constexpr int CategoryExpressionLength = CategoryTermLength + 2; // the id and the final 0
-
-bool isPlain(const PIOIDXINFO &row)
-{
-    return !row.categoryId && !row.filtered;
-}
 
 void copyOrder(const PIOIDXINFO &from, PIOIDXINFO *to)
 {
-    to->sortItem = from.sortItem;
-    to->ascending = from.ascending;
-    to->sortExpLength = from.sortExpLength;
-    memcpy(to->sortExp, from.sortExp, sizeof to->sortExp);
+    to->keepOrder(from.sortItem, from.sortExp, from.sortExpLength, from.ascending);
 }
 
 /** Rows that are read from a file have no expression beside their item. */
@@ -110,7 +101,7 @@ bool KyPDataManagerPrivate::fillCategory(PIOIDXINFO *row, int category, const PI
     copyOrder(*masterIndex, row); // the store gave it that order
     row->inUse = true;
     row->categoryId = quint8(category);
-    row->indexAge = NewRowAge;
+    row->indexAge = NewIndexAge;
     if (view.sortItem && view.sortItem != row->sortItem)
         qDebug("required sort");
     return takeOrder(row, view);
@@ -121,12 +112,8 @@ bool KyPDataManagerPrivate::buildCategory(int category, PIOIDXINFO *former)
     const PIOIDXINFO view = *currentIndex; // it may be the one that makes room
     // A closed box fails before any index has made room in vain.
     PIOIDXINFO *row = boxHandle ? takeRow() : nullptr;
-    if (!row)
-        return false;
-    if (!fillCategory(row, category, view)) {
-        dropRow(row);
-        return false;
-    }
+    if (!row || !fillCategory(row, category, view))
+        return abandon(row);
     if (former && former != row && !former->sticky)
         dropRow(former);
     makeCurrent(row);
@@ -138,7 +125,7 @@ bool KyPDataManager::enableFilter(int category)
     if (!d->currentIndex || (category != NoCategory && !FilerCheckCategoryId(category)))
         return false;
     // The cards with no category change with every edit, and a view inside a view is never the same twice.
-    const bool reuses = category != UnfiledCategoryId && isPlain(*d->masterIndex);
+    const bool reuses = category != UnfiledCategoryId && d->masterIndex->isPlain();
     if (reuses && d->currentIndex->categoryId == category)
         return true;
     PIOIDXINFO *found = d->categoryRow(category);
@@ -151,9 +138,18 @@ bool KyPDataManager::enableFilter(int category)
     return true;
 }
 
-void KyPDataManagerPrivate::leaveRow(bool discard)
+bool KyPDataManagerPrivate::abandon(PIOIDXINFO *row)
 {
-    if (discard && currentIndex != masterIndex)
+    if (row)
+        dropRow(row);
+    if (!currentIndex->inUse)
+        makeCurrent(masterIndex);
+    return false;
+}
+
+void KyPDataManagerPrivate::dropCurrent()
+{
+    if (currentIndex != masterIndex)
         dropRow(currentIndex);
 }
 
@@ -167,7 +163,8 @@ bool KyPDataManager::disableFilter(bool discard)
             return true;
     }
     const PIOIDXINFO view = *d->currentIndex;
-    d->leaveRow(discard);
+    if (discard)
+        d->dropCurrent();
     d->makeCurrent(d->masterIndex);
     if (view.sortItem)
         return sort(view.sortItem, d->ascendent);
@@ -192,11 +189,10 @@ PIOIDXINFO *KyPDataManagerPrivate::parentRow(int parent) const
 
 void KyPDataManagerPrivate::enterFilter(PIOIDXINFO *row, bool keepResume)
 {
-    // The view itself may have made room for the row.
     if (keepResume)
-        resumeIndex = currentIndex != row ? currentIndex : nullptr;
-    else if (currentIndex->filtered && currentIndex != row)
-        leaveRow(true);
+        resumeIndex = currentIndex;
+    else if (currentIndex->filtered && currentIndex != row) // it may have made room for the row
+        dropCurrent();
     makeCurrent(row);
 }
 
@@ -206,18 +202,15 @@ bool KyPDataManager::filter(const char *searchExp, unsigned long searchLen, cons
     const PIOIDXINFO *parentRow = d->parentRow(parent);
     if (!d->boxHandle || !parentRow || searchLen > PdtmInfoRoom || sortLen > PdtmInfoRoom)
         return false;
-    PIOIDXINFO *row = d->takeRow();
-    if (!row)
-        return false;
-    if (createMIdxFile(d->rowPath(row).constData(), d->boxPath().constData(), searchExp, int(searchLen),
-                       sortExp, int(sortLen), true, d->rowPath(parentRow).constData()) != 0) {
-        d->dropRow(row);
-        return false;
-    }
+    // An index that is chosen from, or gone back to, can't make room for the one that needs it.
+    PIOIDXINFO *row = d->takeRow(keepResume ? d->currentIndex : parentRow);
+    if (!row || createMIdxFile(d->rowPath(row).constData(), d->boxPath().constData(), searchExp, int(searchLen),
+                               sortExp, int(sortLen), true, d->rowPath(parentRow).constData()) != 0)
+        return d->abandon(row);
     row->inUse = true;
     row->filtered = true;
     row->ascending = true;
-    row->indexAge = NewRowAge;
+    row->indexAge = NewIndexAge;
     row->sortExpLength = quint8(sortLen);
     if (sortLen)
         memcpy(row->sortExp, sortExp, sortLen);
@@ -229,7 +222,7 @@ bool KyPDataManager::unfilter(bool toResume)
 {
     if (!isFiltered())
         return false;
-    d->leaveRow(true);
+    d->dropCurrent();
     d->makeCurrent(toResume && d->resumeIndex ? d->resumeIndex : d->masterIndex);
     killIdxResume();
     return true;

@@ -16,6 +16,10 @@ constexpr quint8 AttributeMask = 0x40;
 constexpr quint8 AttributeValue = 0;
 constexpr quint8 AttributeThird = 0;
 
+/** How the search expression of a category index begins; the id and a 0 byte follow. */
+constexpr char CategoryTerm[] = "CTGR\xFE\x92\x0C";
+constexpr int CategoryTermLength = 7;
+
 /** Where a walk or a search over a whole index starts. */
 constexpr quint16 BeforeFirst = 0;
 constexpr quint16 BehindLast = 0xFFFF;
@@ -115,8 +119,9 @@ public:
     /** Makes a row the current index, and the other temporary ones older. */
     void makeCurrent(PIOIDXINFO *row);
     /** A row, not yet in use, that names a file for a new temporary index; the oldest temporary index makes
-     * room when all rows are in use, be it the current one. Null when none can be had. */
-    [[nodiscard]] PIOIDXINFO *takeRow();
+     * room when all rows are in use, be it the current one. Null when none can be had.
+     * @param kept makes no room, as the one to resume doesn't */
+    [[nodiscard]] PIOIDXINFO *takeRow(const PIOIDXINFO *kept = nullptr);
     /** Deletes the index of a row and zeroes the row. It is no longer the one to resume; as current index it
      * stays pointed at, and the view then holds no card. */
     void dropRow(PIOIDXINFO *row);
@@ -131,6 +136,24 @@ public:
      * PIOIDXINFO::keepOrder(). False on failure, with a log line; lastError has the last status. An index
      * with no card to sort is no failure. */
     bool sortIndexOf(const PIOIDXINFO *row, const quint8 *expression, int length);
+
+    /** The first index of a category; null when there is none. */
+    [[nodiscard]] PIOIDXINFO *categoryRow(int category);
+    /** Makes a new index of a category current. Its former one goes when it is temporary. False on failure,
+     * with the view as it was: no file of the new one is left. */
+    bool buildCategory(int category, PIOIDXINFO *former);
+    /** Brings a row into the order of a view. False on failure, with the row as it was. */
+    bool takeOrder(PIOIDXINFO *row, const PIOIDXINFO &view);
+    /** The index that a filter chooses from, by KyPDataManager::FilterFor; null when there is none. */
+    [[nodiscard]] const PIOIDXINFO *parentRow(int parent) const;
+    /** Makes a new search current. @param keepResume the view so far is to be resumed; else it goes when it is
+     * a search */
+    void enterFilter(PIOIDXINFO *row, bool keepResume);
+    /** Gives up a row that takeRow() gave, null when it gave none. The view is the master's if its index had
+     * to make room. @return false */
+    bool abandon(PIOIDXINFO *row);
+    /** Deletes the current index before another becomes current, unless it is the master. */
+    void dropCurrent();
 
     /** Path of the named index, or of the current one for null; empty, which the store refuses, when there is
      * none. */
@@ -176,9 +199,12 @@ private:
     [[nodiscard]] PIOIDXINFO *freeRow();
     /** The temporary index that has not been current for the longest time; null when there is none that may
      * go. */
-    [[nodiscard]] PIOIDXINFO *oldestRow();
+    [[nodiscard]] PIOIDXINFO *oldestRow(const PIOIDXINFO *kept);
     /** The second key of a sort by an item: its partner, or that of the box. */
     [[nodiscard]] SecondKey secondKeyOf(quint8 item, bool ascending) const;
+    bool fillCategory(PIOIDXINFO *row, int category, const PIOIDXINFO &view);
+    bool describeCategory(const QByteArray &indexPath, int category);
+    bool groupCategory(const QByteArray &indexPath);
     void compact();
 };
 
