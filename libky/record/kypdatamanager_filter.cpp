@@ -12,18 +12,140 @@ constexpr int LastCategory = 245;
 constexpr int CategoryKind = 18;
 constexpr int CategoryExpressionLength = CategoryTermLength + 2; // the id and the final 0
 
+PIOIDXINFO *categoryRow(KyPDataManagerPrivate &d, int category)
+{
+    for (PIOIDXINFO &row : d.indexes) {
+        if (row.inUse && row.categoryId == category)
+            return &row;
+    }
+    return nullptr;
+}
+
 void copyOrder(const PIOIDXINFO &from, PIOIDXINFO *to)
 {
     to->keepOrder(from.sortItem, from.sortExp, from.sortExpLength, from.ascending);
 }
 
-/** Rows that are read from a file have no expression beside their item. */
-bool haveSameOrder(const PIOIDXINFO &row, const PIOIDXINFO &view)
+/** The item tells all: a row that was read from a file has no expression beside it. */
+bool haveSameOrder(const PIOIDXINFO &row, const PIOIDXINFO &other)
 {
-    if (row.sortItem != view.sortItem)
+    if (row.sortItem || other.sortItem)
+        return row.sortItem == other.sortItem;
+    return row.sortExpLength == other.sortExpLength &&
+           memcmp(row.sortExp, other.sortExp, row.sortExpLength) == 0;
+}
+
+/** Brings a row into the order of a view. */
+bool takeOrder(KyPDataManagerPrivate &d, PIOIDXINFO *row, const PIOIDXINFO &view)
+{
+    if (haveSameOrder(*row, view))
+        return true;
+    PIOIDXINFO order = view;
+    if (view.sortItem) {
+        const int length = d.createSortCond(view.sortItem, order.sortExp, view.ascending);
+        if (length < 0)
+            return false;
+        order.sortExpLength = quint8(length);
+    }
+    if (!d.sortIndexOf(row, order.sortExp, order.sortExpLength))
         return false;
-    return view.sortItem || (row.sortExpLength == view.sortExpLength &&
-                             memcmp(row.sortExp, view.sortExp, view.sortExpLength) == 0);
+    copyOrder(order, row);
+    return true;
+}
+
+/** Makes the empty index of a category. */
+bool describeCategory(KyPDataManagerPrivate &d, const QByteArray &path, int category)
+{
+    quint8 expression[CategoryExpressionLength];
+    quint16 length = 0;
+    GetCategory_FilterInfo(expression, quint8(category), &length);
+    constexpr quint8 isSubset = 1;
+    const auto write = [&](int id, const void *bytes, size_t size) {
+        d.lastError = _IndexInfoWriteWithCheck(path.constData(), id, bytes, quint16(size));
+        return d.lastError == PdtmOk;
+    };
+    d.lastError = _IndexCreate(path.constData(), CategoryKind);
+    return d.lastError == PdtmOk && write(InfoBoxName, d.boxName, strlen(d.boxName) + 1) &&
+           write(InfoSearchExpression, expression, length) && write(InfoSubset, &isSubset, sizeof isSubset);
+}
+
+/** Fills it with cards of the master, in the master's order. */
+bool groupCategory(KyPDataManagerPrivate &d, const QByteArray &path)
+{
+    d.lastError = _IndexGroup(d.rowPath(d.masterIndex).constData(), path.constData(), d.boxHandle);
+    if (d.lastError == PdtmOk || d.lastError == PdtmNothingToSort)
+        return true;
+    qDebug("index group err %x", d.lastError);
+    return false;
+}
+
+bool fillCategory(KyPDataManagerPrivate &d, PIOIDXINFO *row, int category, const PIOIDXINFO &view)
+{
+    const QByteArray path = d.rowPath(row);
+    if (!describeCategory(d, path, category) || !groupCategory(d, path))
+        return false;
+    copyOrder(*d.masterIndex, row);
+    row->inUse = true;
+    row->categoryId = quint8(category);
+    row->indexAge = NewIndexAge;
+    if (view.sortItem && view.sortItem != row->sortItem)
+        qDebug("required sort");
+    return takeOrder(d, row, view);
+}
+
+/** Gives up a row that takeRow() gave, null when it gave none. When the view had to make room for it, that of
+ * the master takes its place. @return false */
+bool abandon(KyPDataManagerPrivate &d, PIOIDXINFO *row)
+{
+    if (row)
+        d.dropRow(row);
+    if (!d.currentIndex->inUse)
+        d.makeCurrent(d.masterIndex);
+    return false;
+}
+
+/** Makes a new index of a category current. @param former its index until now, null when there is none */
+bool buildCategory(KyPDataManagerPrivate &d, int category, PIOIDXINFO *former)
+{
+    const PIOIDXINFO view = *d.currentIndex; // which may be the one that makes room
+    // A box that is closed can't fill an index: none has to make room for it.
+    PIOIDXINFO *row = d.boxHandle ? d.takeRow() : nullptr;
+    if (!row || !fillCategory(d, row, category, view))
+        return abandon(d, row);
+    if (former && former != row && !former->sticky)
+        d.dropRow(former);
+    d.makeCurrent(row);
+    return true;
+}
+
+/** Deletes the view that is about to be left. The master stays, even if it is a category or a search itself.
+ */
+void dropCurrent(KyPDataManagerPrivate &d)
+{
+    if (d.currentIndex != d.masterIndex)
+        d.dropRow(d.currentIndex);
+}
+
+const PIOIDXINFO *parentRow(const KyPDataManagerPrivate &d, KyPDataManager::FilterFor parent)
+{
+    switch (parent) {
+    case KyPDataManager::FilterCurrent:
+        return d.currentIndex;
+    case KyPDataManager::FilterMaster:
+        return d.masterIndex;
+    case KyPDataManager::FilterResume:
+        return d.resumeIndex;
+    }
+    return nullptr;
+}
+
+void enterFilter(KyPDataManagerPrivate &d, PIOIDXINFO *row, bool keepResume)
+{
+    if (keepResume)
+        d.resumeIndex = d.currentIndex;
+    else if (d.currentIndex->filtered && d.currentIndex != row) // it may have made room for the row
+        dropCurrent(d);
+    d.makeCurrent(row);
 }
 
 } // namespace
@@ -43,114 +165,21 @@ void GetCategory_FilterInfo(unsigned char *dst, unsigned char id, unsigned short
     *length = CategoryExpressionLength;
 }
 
-PIOIDXINFO *KyPDataManagerPrivate::categoryRow(int category)
-{
-    for (PIOIDXINFO &row : indexes) {
-        if (row.inUse && row.categoryId == category)
-            return &row;
-    }
-    return nullptr;
-}
-
-bool KyPDataManagerPrivate::takeOrder(PIOIDXINFO *row, const PIOIDXINFO &view)
-{
-    if (haveSameOrder(*row, view))
-        return true;
-    PIOIDXINFO order = view;
-    if (view.sortItem) {
-        const int length = createSortCond(view.sortItem, order.sortExp, view.ascending);
-        if (length < 0)
-            return false;
-        order.sortExpLength = quint8(length);
-    }
-    if (!sortIndexOf(row, order.sortExp, order.sortExpLength))
-        return false;
-    copyOrder(order, row);
-    return true;
-}
-
-bool KyPDataManagerPrivate::describeCategory(const QByteArray &path, int category)
-{
-    quint8 expression[CategoryExpressionLength];
-    quint16 length = 0;
-    GetCategory_FilterInfo(expression, quint8(category), &length);
-    constexpr quint8 isSubset = 1;
-    const auto write = [&](int id, const void *bytes, size_t size) {
-        lastError = _IndexInfoWriteWithCheck(path.constData(), id, bytes, quint16(size));
-        return lastError == PdtmOk;
-    };
-    lastError = _IndexCreate(path.constData(), CategoryKind);
-    return lastError == PdtmOk && write(InfoBoxName, boxName, strlen(boxName) + 1) &&
-           write(InfoSearchExpression, expression, length) && write(InfoSubset, &isSubset, sizeof isSubset);
-}
-
-bool KyPDataManagerPrivate::groupCategory(const QByteArray &path)
-{
-    lastError = _IndexGroup(rowPath(masterIndex).constData(), path.constData(), boxHandle);
-    if (lastError == PdtmOk || lastError == PdtmNothingToSort)
-        return true;
-    qDebug("index group err %x", lastError);
-    return false;
-}
-
-bool KyPDataManagerPrivate::fillCategory(PIOIDXINFO *row, int category, const PIOIDXINFO &view)
-{
-    const QByteArray path = rowPath(row);
-    if (!describeCategory(path, category) || !groupCategory(path))
-        return false;
-    copyOrder(*masterIndex, row); // the store gave it that order
-    row->inUse = true;
-    row->categoryId = quint8(category);
-    row->indexAge = NewIndexAge;
-    if (view.sortItem && view.sortItem != row->sortItem)
-        qDebug("required sort");
-    return takeOrder(row, view);
-}
-
-bool KyPDataManagerPrivate::buildCategory(int category, PIOIDXINFO *former)
-{
-    const PIOIDXINFO view = *currentIndex; // it may be the one that makes room
-    // A closed box fails before any index has made room in vain.
-    PIOIDXINFO *row = boxHandle ? takeRow() : nullptr;
-    if (!row || !fillCategory(row, category, view))
-        return abandon(row);
-    if (former && former != row && !former->sticky)
-        dropRow(former);
-    makeCurrent(row);
-    return true;
-}
-
 bool KyPDataManager::enableFilter(int category)
 {
     if (!d->currentIndex || (category != NoCategory && !FilerCheckCategoryId(category)))
         return false;
-    // The cards with no category change with every edit, and a view inside a view is never the same twice.
-    const bool reuses = category != UnfiledCategoryId && d->masterIndex->isPlain();
-    if (reuses && d->currentIndex->categoryId == category)
+    // The cards of no category change with every edit, and a category of a subset depends on that subset.
+    const bool canReuse = category != UnfiledCategoryId && d->masterIndex->isPlain();
+    if (canReuse && d->currentIndex->categoryId == category)
         return true;
-    PIOIDXINFO *found = d->categoryRow(category);
-    if (!reuses || !found)
-        return category != NoCategory && d->buildCategory(category, found);
-    // No category is the first index without one. It is brought into the order of the view like any other.
-    if (!d->takeOrder(found, *d->currentIndex))
+    PIOIDXINFO *found = categoryRow(*d, category);
+    if (!canReuse || !found)
+        return category != NoCategory && buildCategory(*d, category, found);
+    if (!takeOrder(*d, found, *d->currentIndex))
         return false;
     d->makeCurrent(found);
     return true;
-}
-
-bool KyPDataManagerPrivate::abandon(PIOIDXINFO *row)
-{
-    if (row)
-        dropRow(row);
-    if (!currentIndex->inUse)
-        makeCurrent(masterIndex);
-    return false;
-}
-
-void KyPDataManagerPrivate::dropCurrent()
-{
-    if (currentIndex != masterIndex)
-        dropRow(currentIndex);
 }
 
 bool KyPDataManager::disableFilter(bool discard)
@@ -164,7 +193,7 @@ bool KyPDataManager::disableFilter(bool discard)
     }
     const PIOIDXINFO view = *d->currentIndex;
     if (discard)
-        d->dropCurrent();
+        dropCurrent(*d);
     d->makeCurrent(d->masterIndex);
     if (view.sortItem)
         return sort(view.sortItem, d->ascendent);
@@ -173,48 +202,23 @@ bool KyPDataManager::disableFilter(bool discard)
     return true;
 }
 
-PIOIDXINFO *KyPDataManagerPrivate::parentRow(int parent) const
-{
-    switch (parent) {
-    case KyPDataManager::FilterCurrent:
-        return currentIndex;
-    case KyPDataManager::FilterMaster:
-        return masterIndex;
-    case KyPDataManager::FilterResume:
-        return resumeIndex;
-    default:
-        return nullptr;
-    }
-}
-
-void KyPDataManagerPrivate::enterFilter(PIOIDXINFO *row, bool keepResume)
-{
-    if (keepResume)
-        resumeIndex = currentIndex;
-    else if (currentIndex->filtered && currentIndex != row) // it may have made room for the row
-        dropCurrent();
-    makeCurrent(row);
-}
-
 bool KyPDataManager::filter(const char *searchExp, unsigned long searchLen, const char *sortExp,
                             unsigned long sortLen, FilterFor parent, bool keepResume)
 {
-    const PIOIDXINFO *parentRow = d->parentRow(parent);
-    if (!d->boxHandle || !parentRow || searchLen > PdtmInfoRoom || sortLen > PdtmInfoRoom)
+    const PIOIDXINFO *chosenFrom = parentRow(*d, parent);
+    if (!d->boxHandle || !chosenFrom || searchLen > PdtmInfoRoom || sortLen > PdtmInfoRoom)
         return false;
-    // An index that is chosen from, or gone back to, can't make room for the one that needs it.
-    PIOIDXINFO *row = d->takeRow(keepResume ? d->currentIndex : parentRow);
-    if (!row || createMIdxFile(d->rowPath(row).constData(), d->boxPath().constData(), searchExp, int(searchLen),
-                               sortExp, int(sortLen), true, d->rowPath(parentRow).constData()) != 0)
-        return d->abandon(row);
+    // The index that is chosen from, or gone back to, can't make room for the one that needs it.
+    PIOIDXINFO *row = d->takeRow(keepResume ? d->currentIndex : chosenFrom);
+    if (!row ||
+        createMIdxFile(d->rowPath(row).constData(), d->boxPath().constData(), searchExp, int(searchLen),
+                       sortExp, int(sortLen), true, d->rowPath(chosenFrom).constData()) != 0)
+        return abandon(*d, row);
     row->inUse = true;
     row->filtered = true;
-    row->ascending = true;
     row->indexAge = NewIndexAge;
-    row->sortExpLength = quint8(sortLen);
-    if (sortLen)
-        memcpy(row->sortExp, sortExp, sortLen);
-    d->enterFilter(row, keepResume);
+    row->keepOrder(0, reinterpret_cast<const quint8 *>(sortExp), int(sortLen), true);
+    enterFilter(*d, row, keepResume);
     return true;
 }
 
@@ -222,7 +226,7 @@ bool KyPDataManager::unfilter(bool toResume)
 {
     if (!isFiltered())
         return false;
-    d->dropCurrent();
+    dropCurrent(*d);
     d->makeCurrent(toResume && d->resumeIndex ? d->resumeIndex : d->masterIndex);
     killIdxResume();
     return true;

@@ -137,36 +137,12 @@ public:
      * with no card to sort is no failure. */
     bool sortIndexOf(const PIOIDXINFO *row, const quint8 *expression, int length);
 
-    /** The first index of a category; null when there is none. */
-    [[nodiscard]] PIOIDXINFO *categoryRow(int category);
-    /** Makes a new index of a category current. Its former one goes when it is temporary. False on failure,
-     * with the view as it was: no file of the new one is left. */
-    bool buildCategory(int category, PIOIDXINFO *former);
-    /** Brings a row into the order of a view. False on failure, with the row as it was. */
-    bool takeOrder(PIOIDXINFO *row, const PIOIDXINFO &view);
-    /** The index that a filter chooses from, by KyPDataManager::FilterFor; null when there is none. */
-    [[nodiscard]] const PIOIDXINFO *parentRow(int parent) const;
-    /** Makes a new search current. @param keepResume the view so far is to be resumed; else it goes when it is
-     * a search */
-    void enterFilter(PIOIDXINFO *row, bool keepResume);
-    /** Gives up a row that takeRow() gave, null when it gave none. The view is the master's if its index had
-     * to make room. @return false */
-    bool abandon(PIOIDXINFO *row);
-    /** Deletes the current index before another becomes current, unless it is the master. */
-    void dropCurrent();
-
     /** Path of the named index, or of the current one for null; empty, which the store refuses, when there is
      * none. */
     [[nodiscard]] QByteArray indexPath(const char *index) const;
 
     /** The visible card next to @p card in an index, the outermost one for 0; 0 when there is none. */
     [[nodiscard]] unsigned long step(const QByteArray &indexPath, bool forward, unsigned long card) const;
-
-    /** Index number of the card that a search or a count starts from; left as it is, for the end of the index,
-     * for 0. False, with lastError, when the card is not in the index. */
-    [[nodiscard]] bool findStart(const QByteArray &indexPath, unsigned long card, quint16 *position);
-    /** The item that a text is searched in: the one named, else the one that the box names, else any. */
-    [[nodiscard]] ItemCode searchedItem(const char *item) const;
 
     /** Makes a card current; false, with nothing changed, for 0. */
     bool moveTo(unsigned long card);
@@ -202,9 +178,6 @@ private:
     [[nodiscard]] PIOIDXINFO *oldestRow(const PIOIDXINFO *kept);
     /** The second key of a sort by an item: its partner, or that of the box. */
     [[nodiscard]] SecondKey secondKeyOf(quint8 item, bool ascending) const;
-    bool fillCategory(PIOIDXINFO *row, int category, const PIOIDXINFO &view);
-    bool describeCategory(const QByteArray &indexPath, int category);
-    bool groupCategory(const QByteArray &indexPath);
     void compact();
 };
 

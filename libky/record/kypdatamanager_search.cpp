@@ -19,24 +19,25 @@ QByteArray textExpression(const ItemCode &code, quint8 comparison, const QString
     return expression.append(2, '\0');
 }
 
-} // namespace
-
-ItemCode KyPDataManagerPrivate::searchedItem(const char *item) const
+ItemCode searchedItem(const PioExtBoxInfo *info, const char *item)
 {
     if (item && *item)
         return ItemCode(item);
-    if (extBoxInfo && extBoxInfo->defaultSearchItem[0])
-        return ItemCode(extBoxInfo->defaultSearchItem);
+    if (info && info->defaultSearchItem[0])
+        return ItemCode(info->defaultSearchItem);
     return ItemCode(AnyTextItem);
 }
 
-bool KyPDataManagerPrivate::findStart(const QByteArray &path, unsigned long card, quint16 *position)
+/** Where to start behind a card; the position stays as it is for no card. */
+bool findStart(KyPDataManagerPrivate &d, const QByteArray &path, unsigned long card, quint16 *position)
 {
     if (!card)
         return true;
-    lastError = _CardIDToIndexNo(path.constData(), quint16(card), position);
-    return lastError == PdtmOk;
+    d.lastError = _CardIDToIndexNo(path.constData(), quint16(card), position);
+    return d.lastError == PdtmOk;
 }
+
+} // namespace
 
 bool KyPDataManager::count(int *result, const char *searchExp, unsigned long startCard, unsigned char mask,
                            unsigned char value, unsigned char third, const char *index)
@@ -44,12 +45,12 @@ bool KyPDataManager::count(int *result, const char *searchExp, unsigned long sta
     *result = 0;
     const QByteArray path = d->indexPath(index);
     quint16 start = BeforeFirst;
-    if (!d->findStart(path, startCard, &start))
+    if (!findStart(*d, path, startCard, &start))
         return false;
     quint16 found = 0;
     quint16 cards = 0;
-    d->lastError = _IndexCount(path.constData(), d->boxHandle, searchExp, 0, mask, value, third, start,
-                               &found, &cards);
+    d->lastError =
+        _IndexCount(path.constData(), d->boxHandle, searchExp, 0, mask, value, third, start, &found, &cards);
     if (d->lastError != PdtmOk)
         return false;
     *result = cards;
@@ -68,7 +69,7 @@ bool KyPDataManager::search(unsigned long *card, const char *searchExp, bool for
     // Also in a named index: callers search the index of one view in the direction of another.
     const bool inIndexOrder = forward == d->ascendent;
     quint16 position = inIndexOrder ? BeforeFirst : BehindLast;
-    if (!d->findStart(path, *card, &position))
+    if (!findStart(*d, path, *card, &position))
         return false;
     d->lastError = _IndexSearch(path.constData(), d->boxHandle, searchExp, !inIndexOrder, mask, value, third,
                                 position, &position);
@@ -89,7 +90,7 @@ bool KyPDataManager::search(unsigned long *card, const char *searchExp, bool for
 bool KyPDataManager::search(unsigned long *card, const QString &text, const char *item, unsigned char op,
                             bool forward)
 {
-    const QByteArray expression = textExpression(d->searchedItem(item), op, text);
+    const QByteArray expression = textExpression(searchedItem(d->extBoxInfo, item), op, text);
     return search(card, expression.constData(), forward);
 }
 

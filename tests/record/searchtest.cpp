@@ -36,8 +36,7 @@ PdtmStatus _IndexCount(const char *path, uint32_t handle, const void *expression
                        uint8_t value, uint8_t third, uint16_t start, uint16_t *first, uint16_t *count)
 {
     static const auto next = nextDefinition<decltype(_IndexCount)>("_IndexCount");
-    const PdtmStatus status =
-        next(path, handle, expression, flag, mask, value, third, start, first, count);
+    const PdtmStatus status = next(path, handle, expression, flag, mask, value, third, start, first, count);
     return countStatus != PdtmOk ? countStatus : status;
 }
 

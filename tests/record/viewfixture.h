@@ -32,7 +32,8 @@ inline QStringList temporaryFiles()
     return folderNames(boxFolder(), QStringLiteral("ppin"));
 }
 
-/** Ten temporary indexes share the first three letters of the names of their boxes: those of other boxes go. */
+/** Ten temporary indexes share the first three letters of the names of their boxes: those of other boxes go.
+ */
 inline void deleteTemporaryFiles()
 {
     for (const QString &name : temporaryFiles())
