@@ -548,6 +548,8 @@ void SortTest::impossibleExpressions()
     QVERIFY(refuses());
     QVERIFY(box.showSubset(true));
     QVERIFY(refuses()); // nothing is inverted where nothing was tried
+    memcpy(box.record().extBoxInfo->secondSortItem, "NUMB", 4);
+    QVERIFY(refuses());
 }
 
 void SortTest::malformedExpressionLeavesNoFile()
