@@ -123,9 +123,7 @@ void KyPDataManagerPrivate::takeOutOfView(const PIOIDXINFO &row, unsigned long c
 
 PIOIDXINFO *KyPDataManagerPrivate::wholeRow()
 {
-    const auto isWhole = [](const PIOIDXINFO &row) {
-        return row.inUse && row.sticky && !row.categoryId && !row.filtered;
-    };
+    const auto isWhole = [](const PIOIDXINFO &row) { return row.sticky && row.isPlain(); };
     if (isWhole(*masterIndex))
         return masterIndex;
     const auto found = std::ranges::find_if(indexes, isWhole);
