@@ -1,4 +1,5 @@
 #include "kypdatamanager_p.h"
+#include <algorithm>
 
 namespace KyPDtm {
 
@@ -61,7 +62,7 @@ void PIOIDXINFO::keepOrder(quint8 item, const quint8 *expression, int length, bo
 {
     sortItem = item;
     sortExpLength = quint8(length);
-    memcpy(sortExp, expression, size_t(length));
+    std::copy_n(expression, length, sortExp);
     ascending = isAscending;
 }
 
