@@ -10,8 +10,6 @@ constexpr int SingleKeyLength = 7; // a key of six bytes and the final 0
 constexpr int OperatorOffset = 5;
 constexpr quint8 TextDescending = 0x81;
 constexpr quint8 PlainDescending = 0x83;
-constexpr char CategoryTerm[] = "CTGR\xFE\x92\x0C";
-constexpr int CategoryTermLength = 7;
 constexpr char TemporaryPrefix[] = "ppin";
 constexpr int TemporaryPrefixLength = 4;
 constexpr int BoxPartLength = 3; // characters of the box in the name of a temporary index
@@ -141,11 +139,11 @@ void KyPDataManagerPrivate::makeCurrent(PIOIDXINFO *row)
     row->indexAge = 0;
 }
 
-PIOIDXINFO *KyPDataManagerPrivate::takeRow()
+PIOIDXINFO *KyPDataManagerPrivate::takeRow(const PIOIDXINFO *kept)
 {
     PIOIDXINFO *row = freeRow();
     if (!row) {
-        row = oldestRow();
+        row = oldestRow(kept);
         if (!row)
             return nullptr;
         dropRow(row);
@@ -166,7 +164,7 @@ PIOIDXINFO *KyPDataManagerPrivate::freeRow()
     return nullptr;
 }
 
-PIOIDXINFO *KyPDataManagerPrivate::oldestRow()
+PIOIDXINFO *KyPDataManagerPrivate::oldestRow(const PIOIDXINFO *kept)
 {
     PIOIDXINFO *oldest = nullptr;
     for (int i = 0; i < indexCapacity; ++i) {

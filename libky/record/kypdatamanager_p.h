@@ -16,6 +16,14 @@ constexpr quint8 AttributeMask = 0x40;
 constexpr quint8 AttributeValue = 0;
 constexpr quint8 AttributeThird = 0;
 
+/** How the search expression of a category index begins; the id and a 0 byte follow. */
+constexpr char CategoryTerm[] = "CTGR\xFE\x92\x0C";
+constexpr int CategoryTermLength = 7;
+
+/** Where a walk or a search over a whole index starts. */
+constexpr quint16 BeforeFirst = 0;
+constexpr quint16 BehindLast = 0xFFFF;
+
 /** One row of the index table. A row that is not in use is all zero. */
 struct PIOIDXINFO
 {
@@ -111,8 +119,9 @@ public:
     /** Makes a row the current index, and the other temporary ones older. */
     void makeCurrent(PIOIDXINFO *row);
     /** A row, not yet in use, that names a file for a new temporary index; the oldest temporary index makes
-     * room when all rows are in use, be it the current one. Null when none can be had. */
-    [[nodiscard]] PIOIDXINFO *takeRow();
+     * room when all rows are in use, be it the current one. Null when none can be had.
+     * @param kept makes no room, as the one to resume doesn't */
+    [[nodiscard]] PIOIDXINFO *takeRow(const PIOIDXINFO *kept = nullptr);
     /** Deletes the index of a row and zeroes the row. It is no longer the one to resume; as current index it
      * stays pointed at, and the view then holds no card. */
     void dropRow(PIOIDXINFO *row);
@@ -193,7 +202,7 @@ private:
     [[nodiscard]] PIOIDXINFO *freeRow();
     /** The temporary index that has not been current for the longest time; null when there is none that may
      * go. */
-    [[nodiscard]] PIOIDXINFO *oldestRow();
+    [[nodiscard]] PIOIDXINFO *oldestRow(const PIOIDXINFO *kept);
     /** The second key of a sort by an item: its partner, or that of the box. */
     [[nodiscard]] SecondKey secondKeyOf(quint8 item, bool ascending) const;
     bool putIntoView(PIOIDXINFO *row, unsigned long card);
