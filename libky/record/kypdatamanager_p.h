@@ -167,6 +167,33 @@ public:
     /** Makes the work card of an edit: a copy of @p source, or an empty card for 0. Its id, 0 on failure. */
     [[nodiscard]] quint16 makeWorkCard(unsigned long source);
 
+    /** @name The modes of deleteCard() that need only the store
+     * @{ */
+    bool deleteOne(unsigned long *card);
+    bool deleteAll();
+    /** @} */
+
+    /** The category list of a card as the store has it; empty when it can't be read, too. */
+    [[nodiscard]] QByteArray readCategories(unsigned long card) const;
+    /** A card whose list is empty or unreadable is in UnfiledCategoryId, and in nothing else. */
+    [[nodiscard]] bool isCardInTheCategory(unsigned long card, int category) const;
+    /** Adds a category to a card, and the card to its views. False with lastError on failure. */
+    bool addToCategory(unsigned long card, quint8 category);
+    /** Takes a category from a card, and the card from its views. False with lastError on failure. */
+    bool removeFromCategory(unsigned long card, quint8 category);
+    /** Takes a category from a card; its views are left as they are. */
+    PdtmStatus takeFromCard(unsigned long card, quint8 category);
+    /** Puts a card into all views of a category. False with lastError when one can't take it, which is
+     * dropped then. */
+    bool putIntoViews(quint8 category, unsigned long card);
+    void takeOutOfViews(quint8 category, unsigned long card);
+    /** Takes a card out of the views of all categories but UnfiledCategoryId. */
+    void takeOutOfFiledViews(unsigned long card);
+    /** Drops all views of a category, with a log line each. */
+    void dropViews(quint8 category, const char *logLine);
+    /** The master, or, while that is a view of a part of the box, a permanent index of all cards. */
+    [[nodiscard]] PIOIDXINFO *wholeRow();
+
     /** Lets go of the box at another process's request. @param forAll the request named no file */
     void letGo(bool forAll);
 
@@ -181,6 +208,8 @@ private:
     [[nodiscard]] PIOIDXINFO *oldestRow(const PIOIDXINFO *kept);
     /** The second key of a sort by an item: its partner, or that of the box. */
     [[nodiscard]] SecondKey secondKeyOf(quint8 item, bool ascending) const;
+    bool putIntoView(PIOIDXINFO *row, unsigned long card);
+    void takeOutOfView(const PIOIDXINFO &row, unsigned long card);
     void compact();
 };
 
