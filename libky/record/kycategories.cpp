@@ -42,6 +42,18 @@ bool isUnfiled(const QString &name)
     return name == KyCategories::tr("Unfiled");
 }
 
+/** The ids that a new category may get, the preferred one first. Those of removed categories come last, and
+ * the number of categories itself never. */
+QList<int> candidateIds(int count)
+{
+    QList<int> ids;
+    for (int id = count + 1; id <= LastId; ++id)
+        ids.append(id);
+    for (int id = 1; id < count; ++id)
+        ids.append(id);
+    return ids;
+}
+
 QString realPath(const char *logicalPath)
 {
     char path[4096];
@@ -50,7 +62,8 @@ QString realPath(const char *logicalPath)
 
 } // namespace
 
-KyCategoriesPrivate::KyCategoriesPrivate() : manager(std::make_unique<KyPDataManager>(TableBox, nullptr, false))
+KyCategoriesPrivate::KyCategoriesPrivate()
+    : manager(std::make_unique<KyPDataManager>(TableBox, nullptr, false))
 {
     manager->close();
 }
@@ -102,6 +115,8 @@ unsigned long KyCategoriesPrivate::search(int id)
 
 unsigned long KyCategoriesPrivate::search(const QString &name)
 {
+    if (!Categories::isValidName(name)) // a 0 character would end the term
+        return 0;
     // The store looks behind the end of a text.
     return searchTerm("TITL\xFE\x95\xFE\x90\x11" + name.toUtf8() + QByteArray(2, '\0'));
 }
@@ -113,6 +128,8 @@ bool KyCategoriesPrivate::hasFoundNone() const
 
 int KyCategoriesPrivate::idOf(const QString &name)
 {
+    if (isUnfiled(name))
+        return UnfiledCategoryId;
     const unsigned long card = search(name);
     return card ? qMax(manager->readUcharItem("SCTG", card), 0) : 0;
 }
@@ -128,12 +145,7 @@ int KyCategoriesPrivate::newId()
     const int count = manager->count();
     if (count < 0)
         return 0;
-    QList<int> candidates;
-    for (int id = count + 1; id <= LastId; ++id)
-        candidates.append(id);
-    for (int id = 1; id < count; ++id)
-        candidates.append(id);
-    for (const int id : candidates) {
+    for (const int id : candidateIds(count)) {
         if (!search(id))
             return hasFoundNone() ? id : 0;
     }
@@ -150,34 +162,43 @@ bool KyCategoriesPrivate::write(const QString &name, int id, unsigned int color,
 
 int KyCategoriesPrivate::add(const QString &name, bool system)
 {
-    if (search(name) || !hasFoundNone())
+    if (isUnfiled(name) || !Categories::isValidName(name))
+        return 0;
+    const OpenTable table(*this);
+    if (!table || search(name) || !hasFoundNone())
         return 0;
     const int id = newId();
     unsigned long card = 0;
-    const bool added = id && manager->editNewCard() && write(name, id, NewColor, system) &&
-                       manager->finishEditCard(&card);
+    const bool added =
+        id && manager->editNewCard() && write(name, id, NewColor, system) && manager->finishEditCard(&card);
     manager->cancelEditCard();
     return added ? id : 0;
 }
 
 bool KyCategoriesPrivate::rename(const QString &oldName, const QString &newName)
 {
-    unsigned long card = search(oldName);
+    if (isUnfiled(oldName) || !Categories::isValidName(newName))
+        return false;
+    const OpenTable table(*this);
+    unsigned long card = table ? search(oldName) : 0;
     const int type = card ? manager->readUcharItem("TYPE", card) : -1;
     if (type < 0 || (type & SystemFlag))
         return false;
-    const bool renamed = manager->startEditCard(card) && manager->writeItem("TITL", newName) &&
-                         manager->finishEditCard(&card);
+    const bool renamed =
+        manager->startEditCard(card) && manager->writeItem("TITL", newName) && manager->finishEditCard(&card);
     manager->cancelEditCard();
     return renamed;
 }
 
 std::optional<int> KyCategoriesPrivate::remove(const QString &name)
 {
-    unsigned long card = search(name);
+    if (isUnfiled(name))
+        return std::nullopt;
+    const OpenTable table(*this);
+    unsigned long card = table ? search(name) : 0;
     if (!card)
         return std::nullopt;
-    const int id = qMax(manager->readUcharItem("SCTG", card), 0);
+    const int id = idOf(name);
     return manager->deleteCard(&card, KyPDataManager::DeleteSingle) ? std::optional(id) : std::nullopt;
 }
 
@@ -197,20 +218,116 @@ bool KyCategories::close()
 
 int KyCategories::addCategory(const QString &name)
 {
-    return d->addUnlessRefused(name, false);
+    return d->add(name, false);
 }
 
 int KyCategories::addSystemCategory(const QString &name)
 {
-    return d->addUnlessRefused(name, true);
+    return d->add(name, true);
 }
 
 bool KyCategories::removeCategory(const QString &name)
 {
-    if (isUnfiled(name))
-        return false;
-    const std::optional<int> id = d->removeFromTable(name);
+    const std::optional<int> id = d->remove(name);
     if (!id)
         return false;
-    ...
+    if (*id == 0) // no card can have it, and a view that isn't one of a category has 0
+        return true;
+    KyPDataManager::updateForCategoryRemoved(*id);
+    QCopEnvelope message("QPE/System", "categoryRemoved(int)");
+    message << *id;
+    return true;
 }
+
+bool KyCategories::renameCategory(const QString &oldName, const QString &newName)
+{
+    return d->rename(oldName, newName);
+}
+
+int KyCategories::id(const QString &name) const
+{
+    return ids({name}).value(0);
+}
+
+QList<int> KyCategories::ids(const QStringList &names) const
+{
+    const OpenTable table(*d);
+    QList<int> known;
+    for (const QString &name : names) {
+        if (const int id = table ? d->idOf(name) : 0)
+            known.append(id);
+    }
+    return known;
+}
+
+QString KyCategories::label(int id) const
+{
+    if (id == UnfiledCategoryId)
+        return tr("Unfiled");
+    const OpenTable table(*d);
+    const unsigned long card = table ? d->search(id) : 0;
+    const QString name = card ? d->manager->readItem("TITL", card) : QString();
+    if (name.isNull())
+        qDebug("KyCategories: not found id %d", id);
+    return name;
+}
+
+QStringList KyCategories::labels(bool withUnfiled) const
+{
+    QStringList names;
+    const OpenTable table(*d);
+    for (unsigned long card = table ? d->manager->firstCard() : 0; card; card = d->manager->nextCard(card))
+        names.append(d->manager->readItem("TITL", card));
+    if (withUnfiled)
+        names.append(tr("Unfiled"));
+    return names;
+}
+
+bool KyCategories::exists(const QString &name) const
+{
+    if (isUnfiled(name))
+        return true;
+    const OpenTable table(*d);
+    return table && d->search(name);
+}
+
+bool KyCategories::isSystemCategory(const QString &name) const
+{
+    if (isUnfiled(name))
+        return true;
+    const OpenTable table(*d);
+    return table && d->isSystem(d->search(name));
+}
+
+bool KyCategories::isSystemCategory(int id) const
+{
+    if (id == UnfiledCategoryId)
+        return true;
+    const OpenTable table(*d);
+    return table && d->isSystem(d->search(id));
+}
+
+bool KyCategories::createFile(const char * /*boxFile*/)
+{
+    KyPDataManagerItemInfo items;
+    items.addTextItem("TITL", tr("name"));
+    items.addUcharItem("SCTG", tr("category"));
+    items.addColorItem("COLR", tr("color of file"));
+    items.addBitItem("TYPE", tr("type of file"));
+    KyPDataManagerSortKey order;
+    order.addSortKey("TITL", true, true);
+    return KyPDataManager::createFile(TableBox, TableIndex, ApplicationId, false, items, order,
+                                      KyPDataManagerIndexInfo());
+}
+
+QString KyCategories::boxFileName()
+{
+    return realPath(TableBox);
+}
+
+QString KyCategories::indexFileName()
+{
+    return realPath(TableIndex);
+}
+
+} // namespace KyCategory

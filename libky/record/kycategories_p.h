@@ -21,24 +21,32 @@ public:
     bool open();
     void close();
 
+    /** @name Calls that open and close the table
+     * @{ */
+    /** Adds a category. @return its id, 0 on refusal */
+    [[nodiscard]] int add(const QString &name, bool system);
+    [[nodiscard]] bool rename(const QString &oldName, const QString &newName);
+    /** Takes a category out of the table alone. @return the id that it had, 0 when that can't be read;
+     * nothing when it was not removed */
+    [[nodiscard]] std::optional<int> remove(const QString &name);
+    /** @} */
+
+    /** @name Calls on the open table
+     * @{ */
     /** The card of a category, 0 when there is none. */
     [[nodiscard]] unsigned long search(int id);
-    [[nodiscard]] unsigned long search(const QString &name);
+    [[nodiscard]] unsigned long search(const QString &name); ///< as above
     /** True when the last search() found none because there is none, and not because the store failed. */
     [[nodiscard]] bool hasFoundNone() const;
-
-    [[nodiscard]] int idOf(const QString &name); ///< 0 for an unknown name
+    /** The id of a category, tr("Unfiled") included; 0 for an unknown name. */
+    [[nodiscard]] int idOf(const QString &name);
+    /** True for a card with the system bit. */
     [[nodiscard]] bool isSystem(unsigned long card) const;
-
     /** An id for a new category, 0 when there is none. */
     [[nodiscard]] int newId();
     /** Fills the card being edited. */
     [[nodiscard]] bool write(const QString &name, int id, unsigned int color, bool system);
-
-    [[nodiscard]] int add(const QString &name, bool system);
-    [[nodiscard]] bool rename(const QString &oldName, const QString &newName);
-    /** @return the id that the category had, 0 when it can't be read; nothing when it was not removed */
-    [[nodiscard]] std::optional<int> remove(const QString &name);
+    /** @} */
 
 private:
     [[nodiscard]] unsigned long searchTerm(const QByteArray &term);
