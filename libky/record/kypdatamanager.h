@@ -14,6 +14,10 @@
 
 class QWidget;
 
+namespace KyCategory {
+class KyCategoriesPrivate;
+}
+
 /** Record access: boxes of cards with typed items. Everything here is also reachable without the namespace.
  */
 namespace KyPDtm {
@@ -492,6 +496,7 @@ public slots:
 
 private:
     Q_DISABLE_COPY_MOVE(KyPDataManager)
+    friend class KyCategory::KyCategoriesPrivate; // tells "none" from a failure of the store
     bool openInMode();
     bool deleteVisible();
     void markVisible();
