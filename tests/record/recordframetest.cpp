@@ -1,0 +1,2 @@
+#include "mappingfixture.h"
+int main() {}
