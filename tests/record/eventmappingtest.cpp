@@ -551,6 +551,5 @@ void EventMappingTest::categoriesAreSpeltInTwoWays()
     QCOMPARE(KyPDataBase::toEvent(db.get(), card, KyPDataBase::CategoriesXml).categories(), QList<int>{read});
 }
 
-Q_DECLARE_METATYPE(Event)
 QTEST_MAIN(EventMappingTest)
 #include "eventmappingtest.moc"
