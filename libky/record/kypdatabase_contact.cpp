@@ -1,6 +1,6 @@
 #include "contact.h"
-#include "recordfields.h"
-#include "recordframe.h"
+#include "recordfields_p.h"
+#include "recordframe_p.h"
 #include <algorithm>
 #include <iterator>
 

@@ -1,4 +1,4 @@
-#include "recordframe.h"
+#include "recordframe_p.h"
 
 #include "kycategories.h"
 #include <QPointer>

@@ -382,7 +382,12 @@ void EventMappingTest::repeatEndIsALocalDate()
     const unsigned long card = add(event);
     QCOMPARE(storedBytes(*db, card, "REDT"), ptime(2027, 2, 3, 0, 0, 0));
     QCOMPARE(read(card).repeatPattern().endDate(), QDate(2027, 2, 3));
-    QCOMPARE(read(card).repeatPattern().endDateUTC, TimeConversion::toUTC(wall("2027-02-03 00:00:00")));
+    const time_t midnight = TimeConversion::toUTC(wall("2027-02-03 00:00:00"));
+    QCOMPARE(read(card).repeatPattern().endDateUTC, midnight);
+    for (const QByteArray &stored : {ptime(2027, 2, 3, 20, 0, 0), ptime(2027, 2, 3, 31, 63, 63)}) {
+        QVERIFY(storeBytes(*db, card, "REDT", stored));
+        QCOMPARE(read(card).repeatPattern().endDateUTC, midnight);
+    }
 }
 
 void EventMappingTest::repeatTypes_data()

@@ -1,4 +1,5 @@
-#include "recordframe.h"
+#include "recordframe_p.h"
+#include "logcapture.h"
 #include "mappingfixture.h"
 #include "syscallfailures.h"
 #include "writewatch.h"
@@ -121,6 +122,8 @@ private slots:
     void fullDiskKeepsEverything();
     void entriesOfAnOuterActionAreOne_data() { kinds(); }
     void entriesOfAnOuterActionAreOne();
+    void garbageOfAnEntryIsCollected_data() { kinds(); }
+    void garbageOfAnEntryIsCollected();
     void boxLentDuringTheLookUp_data() { kinds(); }
     void boxLentDuringTheLookUp();
     void boxGoneAfterTheLookUp_data() { kinds(); }
@@ -341,6 +344,19 @@ void RecordFrameTest::entriesOfAnOuterActionAreOne()
     QVERIFY(db->endAction());
     QCOMPARE(syscalls::synchronisations, 1);
     QCOMPARE(kind().text(db.get(), card), QString("more"));
+}
+
+/** Growth is measured from before the first of the two edits. */
+void RecordFrameTest::garbageOfAnEntryIsCollected()
+{
+    const auto db = kind().open();
+    unsigned long card = 0;
+    QVERIFY(kind().add(db.get(), &card, QString(60000, 'x'), {5}, KyPDataBase::CategoriesPdtm));
+    const LogCapture log;
+    QVERIFY(kind().edit(db.get(), &card, "short", {5}, KyPDataBase::CategoriesPdtm));
+    QCOMPARE(log.lines().filter("auto garbage collection").size(), 1);
+    QCOMPARE(db->garbageSize(), 0ul);
+    QCOMPARE(kind().text(db.get(), card), QString("short"));
 }
 
 /** Another holder of the category table makes the look-up run the event loop. */

@@ -1,8 +1,8 @@
-#ifndef RECORDFRAME_H
-#define RECORDFRAME_H
+#ifndef RECORDFRAME_P_H
+#define RECORDFRAME_P_H
 
 /**
- * @file recordframe.h
+ * @file recordframe_p.h
  * What writing a contact, a task and an event have in common, for the classes of this library.
  */
 
