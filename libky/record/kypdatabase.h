@@ -103,9 +103,9 @@ public:
      * edit; both are one action, on the disk as a whole when the call returns true.
      * A null @p db gives false, or an empty record.
      *
-     * Looking up categories by the category file or by another table may run the event loop. False with
-     * @p *card changed means that the card is written and its categories were refused; otherwise nothing has
-     * happened. An event without start or end is refused.
+     * Looking up categories by the category file or by another table may run the event loop. When only the
+     * categories are refused the result is false, too, with the card written and @p *card its id; any other
+     * failure leaves the box as it was. An event without start or end is refused.
      * @{ */
 
     static bool addAddressbookEntry(KyPDataBase *db, unsigned long *card, const Contact &contact,
