@@ -41,11 +41,10 @@ Content contentOf(const TestBox &box)
     Content content;
     for (unsigned long card = manager.firstCard(); card != 0; card = manager.nextCard(card)) {
         const QString title = manager.readItem("TITL", card);
-        if (title == QLatin1String("counter"))
-            manager.readUlongItem("LONG", &content.counter, card);
-        else
+        if (!manager.readUlongItem("LONG", &content.counter, card)) // only the counter has a number
             content.titles.append(title);
     }
+    content.titles.sort();
     return content;
 }
 
