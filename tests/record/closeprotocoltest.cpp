@@ -242,7 +242,6 @@ void CloseProtocolTest::attemptsDoNotWait()
     QVERIFY(!manager.open(false));
     const int sleeps = sleepsOfThisThread() - before;
     QCOMPARE(openAttempts, 9);
-    qInfo("SLEEPS %d", sleeps);
     QVERIFY2(sleeps < 8, QByteArray::number(sleeps)); // one between each two attempts
 }
 
