@@ -5,6 +5,7 @@
 #include "qcopchannel.h"
 #include "qpeapplication.h"
 #include "recordfixture.h"
+#include "viewfixture.h"
 #include <functional>
 #include <memory>
 
@@ -25,6 +26,8 @@
  *     number-of CARD         what stands in it
  *     view                   the title of the current card, the direction, the titles in their order
  *     turn                   the view as a user left it: the second card, descending
+ *     sort CODE, find TEXT, category ID, leave    other views: by an item, of a search, of a category; out
+ *                            of the search
  *
  * "done" and "refused" are the answers to the rest.
  */
@@ -85,6 +88,14 @@ private:
             {"number-of",
              [](BoxUser &user, const QByteArray &card) { return user.numberOf(card.toULong()); }},
             {"view", [](BoxUser &user, const QByteArray &) { return user.view(); }},
+            {"sort",
+             [](BoxUser &user, const QByteArray &code) {
+                 return done(user.m_manager->sort(code.constData(), true));
+             }},
+            {"find", [](BoxUser &user, const QByteArray &text) { return user.find(text); }},
+            {"category", [](BoxUser &user,
+                            const QByteArray &id) { return done(user.m_manager->enableFilter(id.toInt())); }},
+            {"leave", [](BoxUser &user, const QByteArray &) { return done(user.m_manager->unfilter(true)); }},
             {"turn", [](BoxUser &user, const QByteArray &) { return user.turn(); }},
         };
         return table;
@@ -144,6 +155,14 @@ private:
         for (unsigned long card = m_manager->firstCard(); card != 0; card = m_manager->nextCard(card))
             parts.append(m_manager->readItem("TITL", card).toUtf8());
         return parts.join(' ');
+    }
+
+    QByteArray find(const QByteArray &text)
+    {
+        const QByteArray term = containsText("TITL", text), order = plainKey("LONG");
+        return done(m_manager->filter(term.constData(), static_cast<unsigned long>(term.size()),
+                                      order.constData(), static_cast<unsigned long>(order.size()),
+                                      KyPDataManager::FilterMaster, true));
     }
 
     QByteArray turn()

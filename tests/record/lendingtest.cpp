@@ -6,7 +6,9 @@ class LendingTest : public QObject
 {
     Q_OBJECT
 private slots:
+    void viewIsAsItWasWhenTheBoxComesBack_data();
     void viewIsAsItWasWhenTheBoxComesBack();
+    void searchIsLeftForTheOrderThatWas();
     void boxGoesBackAndForth();
     void boxesGoAndComeBackForAll();
     void requestForAnotherBoxIsIgnored();
@@ -69,21 +71,65 @@ int countOf(const TestBox &box)
 
 } // namespace
 
+void LendingTest::viewIsAsItWasWhenTheBoxComesBack_data()
+{
+    QTest::addColumn<QByteArrayList>("commands");
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("after"); // with the borrower's card "ab"
+    QTest::newRow("direction") << QByteArrayList{} << QByteArray("b descending c b a")
+                               << QByteArray("b descending c b ab a");
+    QTest::newRow("order") << QByteArrayList{"sort LONG"} << QByteArray("b descending a b c")
+                           << QByteArray("b descending a b c ab");
+    QTest::newRow("search") << QByteArrayList{"find a"} << QByteArray("a descending a")
+                            << QByteArray("a descending a ab");
+    QTest::newRow("category") << QByteArrayList{"category 254"} << QByteArray("b descending c b a")
+                              << QByteArray("b descending c b ab a");
+}
+
 void LendingTest::viewIsAsItWasWhenTheBoxComesBack()
 {
+    QFETCH(QByteArrayList, commands);
     const TestBox box;
     makeCards(box, {"a", "b", "c"});
     BoxUserProcess owner(box.path(), "owner");
     QCOMPARE(owner.start(), "open");
-    QCOMPARE(owner.ask("turn"), "b descending c b a");
+    for (const QByteArray card : {"1 3", "2 2", "3 1"}) {
+        QCOMPARE(owner.ask("begin " + card.first(1)), "done");
+        QCOMPARE(owner.ask("number " + card.last(1)), "done");
+        QCOMPARE(owner.ask("finish " + card.first(1)), card.first(1));
+    }
+    for (const QByteArray &command : commands)
+        QCOMPARE(owner.ask(command), "done");
+    QTEST(owner.ask("turn"), "before");
     BoxUserProcess borrower(box.path(), "borrower");
     QCOMPARE(borrower.start(), "closed"); // it asks only now
     QCOMPARE(owner.ask("await closed"), "closed");
     QCOMPARE(borrower.ask("renew"), "open");
     QCOMPARE(borrower.ask("view"), " ascending a b c");
-    QVERIFY(borrower.ask("add bb") != "0");
+    QVERIFY(borrower.ask("add ab") != "0");
     giveBack(borrower, owner);
-    QCOMPARE(owner.ask("view"), "b descending c bb b a");
+    QTEST(owner.ask("view"), "after");
+}
+
+void LendingTest::searchIsLeftForTheOrderThatWas()
+{
+    const TestBox box;
+    makeCards(box, {"a", "b", "c"});
+    BoxUserProcess owner(box.path(), "owner");
+    QCOMPARE(owner.start(), "open");
+    QCOMPARE(owner.ask("begin 1"), "done");
+    QCOMPARE(owner.ask("number 9"), "done");
+    QCOMPARE(owner.ask("finish 1"), "1");
+    QCOMPARE(owner.ask("sort LONG"), "done");
+    QCOMPARE(owner.ask("find c"), "done");
+    BoxUserProcess borrower(box.path(), "borrower");
+    QCOMPARE(borrower.start(), "closed");
+    QCOMPARE(borrower.ask("take"), "open");
+    QVERIFY(borrower.ask("add d") != "0");
+    giveBack(borrower, owner);
+    QCOMPARE(owner.ask("view"), " ascending c");
+    QCOMPARE(owner.ask("leave"), "done"); // to the view that was before the search
+    QCOMPARE(owner.ask("view"), " ascending b c d a");
 }
 
 void LendingTest::boxGoesBackAndForth()
