@@ -161,6 +161,7 @@ private slots:
     void abandonedEditLeavesNothing();
     void cancelWhileClosedLeavesNothing();
     void editOutlastsACloseAndAFailedOne();
+    void editOutlastsAReopenThatFails();
     void onlyOneOfTwoWaitingManagersReopens();
     void stormOfMessages();
     void messagesCutShort();
@@ -724,6 +725,24 @@ void CloseProtocolTest::editOutlastsACloseAndAFailedOne()
     QVERIFY(manager.open(false));
     QVERIFY(manager.finishEditCard(&card));
     QCOMPARE(manager.readItem("TITL", card), QStringLiteral("b"));
+}
+
+void CloseProtocolTest::editOutlastsAReopenThatFails()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    unsigned long card = 0;
+    QVERIFY(manager.editNewCard() && manager.writeItem("TITL", "a"));
+    tell(manager, CloseFile, box.path());
+    refuseOpen = true;
+    tell(manager, OpenFile, box.path());
+    QVERIFY(!manager.isOpened());
+    QVERIFY(!manager.finishEditCard(&card));
+    refuseOpen = false;
+    QVERIFY(manager.open(false));
+    QVERIFY(manager.finishEditCard(&card));
+    QCOMPARE(manager.readItem("TITL", card), QStringLiteral("a"));
+    QCOMPARE(manager.count(), 1);
 }
 
 void CloseProtocolTest::onlyOneOfTwoWaitingManagersReopens()
