@@ -884,7 +884,7 @@ void CloseProtocolTest::managerWithoutAnApplication()
     const TestBox box;
     Traffic traffic;
     ChildProcess child({"alone", box.path()});
-    QCOMPARE(child.readLine(), "opened 1 added 1 closed 1");
+    QCOMPARE(child.readLine(), "opened 1 added 1 edited 1 closed 1");
     QCOMPARE(child.finish(), 0);
     QVERIFY(traffic.messages().isEmpty());
 }
@@ -928,15 +928,30 @@ int holdBox(int argc, char **argv)
     return application.exec();
 }
 
+/** An edit that goes on behind a close, in which another manager has its own. */
+bool editAcrossClose(KyPDataManager &manager, const char *box)
+{
+    bool works = manager.editNewCard() && manager.writeItem("TITL", "b") && manager.close();
+    works = works && addCard(*std::make_unique<KyPDataManager>(box, nullptr, false), "c") != 0;
+    unsigned long card = 0;
+    return works && manager.open(false) && manager.finishEditCard(&card) &&
+           manager.readItem("TITL", card) == "b";
+}
+
 int useBoxAlone(const char *box)
 {
     KyPDataManager manager(box, nullptr, false);
     const bool opened = manager.isOpened();
     const bool added = addCard(manager, QStringLiteral("a")) != 0;
+    const bool edited = editAcrossClose(manager, box);
     manager.systemMessage(CloseFile, argumentsOf(box, "other"));
     const bool closed = manager.close();
-    ChildProcess::say(
-        QStringLiteral("opened %1 added %2 closed %3").arg(opened).arg(added).arg(closed).toLatin1());
+    ChildProcess::say(QStringLiteral("opened %1 added %2 edited %3 closed %4")
+                          .arg(opened)
+                          .arg(added)
+                          .arg(edited)
+                          .arg(closed)
+                          .toLatin1());
     return 0;
 }
 
