@@ -98,6 +98,7 @@ public:
     bool waitingOpenAgain;        ///< another process made this manager close
     bool closedForAll;            ///< that request named no file
     bool readOnly;                ///< mode of the last open
+    quint16 keptWorkCard;         ///< where the work card lies while the box is closed, 0 when there is none
     int openActions;              ///< nested actions that are open
     bool collectionDue;           ///< garbage is to be looked at behind the outermost action
 
@@ -167,6 +168,12 @@ public:
     /** Makes the work card of an edit: a copy of @p source, or an empty card for 0. Its id, 0 on failure. */
     [[nodiscard]] quint16 makeWorkCard(unsigned long source);
 
+    /** Puts the work card of an edit aside before the box is closed: all managers of a process share one, and
+     * another may need it in the meantime. */
+    void keepWorkCard();
+    /** Takes it back when the box is open for writing again. */
+    void restoreWorkCard();
+
     /** @name The modes of deleteCard() that need only the store
      * @{ */
     bool deleteOne(unsigned long *card);
@@ -196,6 +203,9 @@ public:
 
     /** Lets go of the box at another process's request. @param forAll the request named no file */
     void letGo(bool forAll);
+
+    /** Closes the box and keeps the edit. False when it stays open. */
+    bool closeHandle();
 
     [[nodiscard]] quint32 garbage() const;
     /** Takes the present garbage as garbageAtStart, at the begin of an edit or deletion. */

@@ -6,6 +6,7 @@
 #include "recordfixture.h"
 #include <QPointer>
 #include <QTimer>
+#include <sys/resource.h>
 
 namespace {
 
@@ -81,6 +82,15 @@ private:
     bool m_isSettled = false;
 };
 
+/** How often this thread has gone to sleep. */
+int sleepsOfThisThread()
+{
+    struct rusage usage
+    {
+    };
+    return ::getrusage(RUSAGE_THREAD, &usage) == 0 ? int(usage.ru_nvcsw) : -1;
+}
+
 QByteArray ownName()
 {
     return QPEApplication::applicationNameOf(qApp).toUtf8();
@@ -112,6 +122,7 @@ private slots:
     void readOnlyOpenIsSilent();
     void failedOpenAnnouncesToo();
     void eventsRunBetweenTheAttempts();
+    void attemptsDoNotWait();
     void closeAnnouncesOnce();
     void boxThatCannotBeClosedStaysOpen();
     void readOnlyCloseAnnounces();
@@ -146,6 +157,11 @@ private slots:
     // one process, several managers
     void managersOfOneBox();
     void editsInTwoBoxesAtOnce();
+    void editsOfTwoManagersOfOneBox();
+    void abandonedEditLeavesNothing();
+    void cancelWhileClosedLeavesNothing();
+    void editOutlastsACloseAndAFailedOne();
+    void editOutlastsAReopenThatFails();
     void onlyOneOfTwoWaitingManagersReopens();
     void stormOfMessages();
     void messagesCutShort();
@@ -214,6 +230,20 @@ void CloseProtocolTest::eventsRunBetweenTheAttempts()
     QVERIFY(attemptsSeen >= 1);
     QCOMPARE(openAttempts, attemptsSeen + 1);
     QCOMPARE(traffic.messages().size(), 1);
+}
+
+void CloseProtocolTest::attemptsDoNotWait()
+{
+    const TestBox box;
+    const KyPDataManager holder(box.path().constData(), nullptr, false);
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    Traffic().messages(); // nothing is pending
+    openAttempts = 0;
+    const int before = sleepsOfThisThread();
+    QVERIFY(!manager.open(false));
+    const int sleeps = sleepsOfThisThread() - before;
+    QCOMPARE(openAttempts, 9);
+    QVERIFY2(sleeps < 8, QByteArray::number(sleeps)); // one between each two attempts
 }
 
 void CloseProtocolTest::closeAnnouncesOnce()
@@ -627,6 +657,94 @@ void CloseProtocolTest::editsInTwoBoxesAtOnce()
     QCOMPARE(second.readItem("TITL", secondCard), QStringLiteral("other"));
 }
 
+void CloseProtocolTest::editsOfTwoManagersOfOneBox()
+{
+    const TestBox box;
+    KyPDataManager first(box.path().constData(), nullptr, false);
+    unsigned long one = addCard(first, QStringLiteral("a")), other = addCard(first, QStringLiteral("b"));
+    QVERIFY(first.startEditCard(one) && first.writeItem("TITL", "a edited"));
+    tell(first, CloseFile, box.path());
+    KyPDataManager second(box.path().constData(), nullptr, false);
+    QVERIFY(second.startEditCard(other) && second.writeItem("TITL", "b edited"));
+    tell(second, CloseFile, box.path());
+    tell(first, OpenFile, box.path());
+    QVERIFY(first.finishEditCard(&one));
+    QVERIFY(first.close());
+    tell(second, OpenFile, box.path());
+    QVERIFY(second.finishEditCard(&other));
+    QCOMPARE(second.readItem("TITL", one), QStringLiteral("a edited"));
+    QCOMPARE(second.readItem("TITL", other), QStringLiteral("b edited"));
+    QCOMPARE(second.count(), 2);
+}
+
+void CloseProtocolTest::abandonedEditLeavesNothing()
+{
+    const TestBox box;
+    KyPDataManager keeper(box.path().constData(), nullptr, false);
+    unsigned long card = addCard(keeper, QStringLiteral("a"));
+    QVERIFY(keeper.close());
+    {
+        KyPDataManager abandoned(box.path().constData(), nullptr, false);
+        QVERIFY(abandoned.startEditCard(card) && abandoned.writeItem("TITL", "b"));
+    }
+    QVERIFY(keeper.open(false));
+    QCOMPARE(keeper.readItem("TITL", card), QStringLiteral("a"));
+    QVERIFY(keeper.readItem("TITL", WorkCardId).isNull()); // there is none
+}
+
+void CloseProtocolTest::cancelWhileClosedLeavesNothing()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    unsigned long card = addCard(manager, QStringLiteral("a"));
+    QVERIFY(manager.startEditCard(card) && manager.writeItem("TITL", "b"));
+    tell(manager, CloseFile, box.path());
+    const quint16 kept = privateOf(manager).keptWorkCard;
+    QVERIFY(kept != 0);
+    QVERIFY(manager.cancelEditCard());
+    tell(manager, OpenFile, box.path());
+    QCOMPARE(privateOf(manager).keptWorkCard, quint16(0));
+    QVERIFY(manager.readItem("TITL", kept).isNull());
+    QCOMPARE(manager.count(), 1);
+    QVERIFY(manager.startEditCard(card) && manager.finishEditCard(&card));
+    QCOMPARE(manager.readItem("TITL", card), QStringLiteral("a"));
+}
+
+void CloseProtocolTest::editOutlastsACloseAndAFailedOne()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    unsigned long card = addCard(manager, QStringLiteral("a"));
+    QVERIFY(manager.startEditCard(card) && manager.writeItem("TITL", "b"));
+    refuseClose = true;
+    QVERIFY(!manager.close());
+    QCOMPARE(privateOf(manager).keptWorkCard, quint16(0));
+    refuseClose = false;
+    QVERIFY(manager.close());
+    QVERIFY(!manager.finishEditCard(&card));
+    QVERIFY(manager.open(false));
+    QVERIFY(manager.finishEditCard(&card));
+    QCOMPARE(manager.readItem("TITL", card), QStringLiteral("b"));
+}
+
+void CloseProtocolTest::editOutlastsAReopenThatFails()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    unsigned long card = 0;
+    QVERIFY(manager.editNewCard() && manager.writeItem("TITL", "a"));
+    tell(manager, CloseFile, box.path());
+    refuseOpen = true;
+    tell(manager, OpenFile, box.path());
+    QVERIFY(!manager.isOpened());
+    QVERIFY(!manager.finishEditCard(&card));
+    refuseOpen = false;
+    QVERIFY(manager.open(false));
+    QVERIFY(manager.finishEditCard(&card));
+    QCOMPARE(manager.readItem("TITL", card), QStringLiteral("a"));
+    QCOMPARE(manager.count(), 1);
+}
+
 void CloseProtocolTest::onlyOneOfTwoWaitingManagersReopens()
 {
     const TestBox box;
@@ -766,7 +884,7 @@ void CloseProtocolTest::managerWithoutAnApplication()
     const TestBox box;
     Traffic traffic;
     ChildProcess child({"alone", box.path()});
-    QCOMPARE(child.readLine(), "opened 1 added 1 closed 1");
+    QCOMPARE(child.readLine(), "opened 1 added 1 edited 1 closed 1");
     QCOMPARE(child.finish(), 0);
     QVERIFY(traffic.messages().isEmpty());
 }
@@ -810,15 +928,30 @@ int holdBox(int argc, char **argv)
     return application.exec();
 }
 
+/** An edit that goes on behind a close, in which another manager has its own. */
+bool editAcrossClose(KyPDataManager &manager, const char *box)
+{
+    bool works = manager.editNewCard() && manager.writeItem("TITL", "b") && manager.close();
+    works = works && addCard(*std::make_unique<KyPDataManager>(box, nullptr, false), "c") != 0;
+    unsigned long card = 0;
+    return works && manager.open(false) && manager.finishEditCard(&card) &&
+           manager.readItem("TITL", card) == "b";
+}
+
 int useBoxAlone(const char *box)
 {
     KyPDataManager manager(box, nullptr, false);
     const bool opened = manager.isOpened();
     const bool added = addCard(manager, QStringLiteral("a")) != 0;
+    const bool edited = editAcrossClose(manager, box);
     manager.systemMessage(CloseFile, argumentsOf(box, "other"));
     const bool closed = manager.close();
-    ChildProcess::say(
-        QStringLiteral("opened %1 added %2 closed %3").arg(opened).arg(added).arg(closed).toLatin1());
+    ChildProcess::say(QStringLiteral("opened %1 added %2 edited %3 closed %4")
+                          .arg(opened)
+                          .arg(added)
+                          .arg(edited)
+                          .arg(closed)
+                          .toLatin1());
     return 0;
 }
 
