@@ -149,6 +149,12 @@ bool QCopChannel::isRegistered(const QByteArray &channel)
     return here || (isApplicationChannel(channel) && SessionBus::hasOwner(applicationService(channel)));
 }
 
+bool QCopChannel::isFirstOn(const QByteArray &channel)
+{
+    const bool listens = isApplicationChannel(channel) && QCopChannelPrivate::open().contains(channel);
+    return listens && (!SessionBus::isAvailable() || SessionBus::isOwner(applicationService(channel)));
+}
+
 bool QCopChannel::send(const QByteArray &channel, const QByteArray &message, const QByteArray &data)
 {
     if (data.size() > MaximumData) {

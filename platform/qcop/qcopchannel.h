@@ -39,6 +39,11 @@ public:
     /** True when some process listens on an application's channel, "QPE/Application/NAME"; for other
      * channels, when this process does. */
     [[nodiscard]] static bool isRegistered(const QByteArray &channel);
+    /**
+     * True when this process listens on an application's channel and came first: of several that listen it is
+     * exactly one, and the next in line when that one ends. Without a bus, every process that listens.
+     */
+    [[nodiscard]] static bool isFirstOn(const QByteArray &channel);
 
     /**
      * Sends a message. One that is sent just before main() returns still leaves the process; one that is

@@ -171,6 +171,12 @@ bool hasOwner(const QString &service)
     return askBus(QStringLiteral("NameHasOwner"), {service}).toBool();
 }
 
+bool isOwner(const QString &service)
+{
+    const QString owner = askBus(QStringLiteral("GetNameOwner"), {service}).toString();
+    return !owner.isEmpty() && owner == connection().baseService();
+}
+
 void flush()
 {
     // The bus answers in the order in which it reads.

@@ -34,6 +34,8 @@ KY_EXPORT void releaseName(const QString &service);
 
 /** True when a process owns the name; also for the names of connections, which are never used twice. */
 [[nodiscard]] KY_EXPORT bool hasOwner(const QString &service);
+/** True when this process owns the name, and does not only wait in line for it. */
+[[nodiscard]] KY_EXPORT bool isOwner(const QString &service);
 
 /** Waits, at most 1 s, until the bus has what was sent. */
 KY_EXPORT void flush();

@@ -2,12 +2,24 @@
 #include "qcopchannel.h"
 #include "sessionbus_p.h"
 #include "stylushold_p.h"
+#include <algorithm>
 #include <memory>
 #include <QAbstractScrollArea>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
 #include <QThread>
+
+namespace {
+
+constexpr auto RaiseMessage = "raise()";
+
+QByteArray channelOf(const QByteArray &application)
+{
+    return "QPE/Application/" + application;
+}
+
+} // namespace
 
 class QPEApplicationPrivate
 {
@@ -21,7 +33,7 @@ public:
 /** Opens the channel of the application's present name in place of the one before. */
 void QPEApplicationPrivate::listen(QPEApplication *application)
 {
-    channel = std::make_unique<QCopChannel>("QPE/Application/" + application->name());
+    channel = std::make_unique<QCopChannel>(channelOf(application->name()));
     QObject::connect(channel.get(), &QCopChannel::received, application, &QPEApplication::appMessage);
 }
 
@@ -75,6 +87,36 @@ bool flagOf(const QByteArray &data)
     return data.count('\0') != data.size();
 }
 
+/** Brings a window to the front, out of its icon as well. */
+void bringToFront(QWidget *window)
+{
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+    window->raise();
+    window->activateWindow();
+}
+
+/** Dialogs come after the windows that they belong to, and so lie above them. */
+void bringWindowsToFront()
+{
+    QWidgetList windows = QApplication::topLevelWidgets();
+    windows.removeIf([](const QWidget *window) {
+        const Qt::WindowType type = window->windowType();
+        return !window->isVisible() || (type != Qt::Window && type != Qt::Dialog);
+    });
+    std::stable_partition(windows.begin(), windows.end(),
+                          [](const QWidget *window) { return !window->parentWidget(); });
+    for (QWidget *window : std::as_const(windows))
+        bringToFront(window);
+}
+
+void handleApplicationMessage(QPEApplication *application, const QByteArray &message)
+{
+    if (message != RaiseMessage)
+        return;
+    bringWindowsToFront();
+    emit application->raised();
+}
+
 void handleSystemMessage(QPEApplication *application, const QByteArray &message, const QByteArray &data)
 {
     if (message == "volumeChange(bool)")
@@ -90,6 +132,8 @@ QPEApplication::QPEApplication(int &argc, char **argv, const QByteArray &name)
 {
     waitForPlatform();
     connect(this, &QObject::objectNameChanged, this, [this] { d->listen(this); });
+    connect(this, &QPEApplication::appMessage, this,
+            [this](const QByteArray &message) { handleApplicationMessage(this, message); });
     const QByteArray program = QFile::encodeName(QFileInfo(QFile::decodeName(argv[0])).fileName());
     setName(name.isEmpty() ? program : name);
     d->systemChannel = std::make_unique<QCopChannel>("QPE/System");
@@ -113,6 +157,21 @@ void QPEApplication::setName(const QByteArray &name)
 {
     if (!name.isEmpty())
         setObjectName(QString::fromUtf8(name));
+}
+
+bool QPEApplication::isFirst() const
+{
+    return QCopChannel::isFirstOn(channelOf(name()));
+}
+
+bool QPEApplication::isRunning(const QByteArray &name)
+{
+    return QCopChannel::isRegistered(channelOf(name));
+}
+
+bool QPEApplication::raiseRunning(const QByteArray &name)
+{
+    return isRunning(name) && QCopChannel::send(channelOf(name), RaiseMessage);
 }
 
 QString QPEApplication::applicationNameOf(const QCoreApplication *application)

@@ -11,6 +11,14 @@ class QPEApplicationPrivate;
  * the close protocol carry it. It listens on the application's own channel, "QPE/Application/NAME", and on
  * "QPE/System".
  *
+ * A program that is to run once gives its name to the constructor, and ends when another was first:
+ *
+ *     QPEApplication application(argc, argv, "memo");
+ *     if (!application.isFirst()) {
+ *         QPEApplication::raiseRunning("memo");
+ *         return 0;
+ *     }
+ *
  * Qt's own scaling is switched off, so that a pixel is a pixel; sizes are scaled by qt_currentDpi().
  */
 class KY_EXPORT QPEApplication : public QApplication
@@ -29,6 +37,18 @@ public:
     [[nodiscard]] QByteArray name() const;
     /** Gives the application another name, and with it another channel. An empty name changes nothing. */
     void setName(const QByteArray &name);
+
+    /**
+     * True when this process was the first to start as an application of its name(): of several that start
+     * at once, and of those that run, it is one. The next in line is when that one ends. Without a session
+     * bus nobody can tell, and every process is.
+     */
+    [[nodiscard]] bool isFirst() const;
+    /** True while an application of that name runs, this one included. */
+    [[nodiscard]] static bool isRunning(const QByteArray &name);
+    /** Asks the applications of that name to show themselves, by `raise()` on their channel.
+     * @return false when none runs */
+    static bool raiseRunning(const QByteArray &name);
 
     /** Name of the running application, whatever class qApp has: its objectName(), else its
      * applicationName(). */
@@ -52,6 +72,8 @@ public:
 signals:
     /** A message on the application's own channel. */
     void appMessage(const QByteArray &message, const QByteArray &data);
+    /** `raise()` on the application's own channel: its windows have come to the front. */
+    void raised();
     /** Some process changed the volume, or switched sound off or on: `volumeChange(bool)` on "QPE/System". */
     void volumeChanged(bool muted);
     /** The user chose 12 or 24 hours: `clockChange(bool)` on "QPE/System". */

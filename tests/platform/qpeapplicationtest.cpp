@@ -8,6 +8,27 @@
 
 namespace {
 
+/** A window in its icon, its dialog, and one that isn't shown. */
+std::vector<std::unique_ptr<QWidget>> showWindows()
+{
+    std::vector<std::unique_ptr<QWidget>> windows;
+    windows.push_back(std::make_unique<QWidget>());
+    windows[0]->showMinimized();
+    windows.push_back(std::make_unique<QDialog>(windows[0].get()));
+    windows[1]->show();
+    windows.push_back(std::make_unique<QWidget>());
+    return windows;
+}
+
+/** One word a window. */
+QByteArray windowStates(const std::vector<std::unique_ptr<QWidget>> &windows)
+{
+    QByteArrayList states;
+    for (const auto &window : windows)
+        states += !window->isVisible() ? "hidden" : window->isMinimized() ? "minimized" : "shown";
+    return "windows " + states.join(' ');
+}
+
 /** NAME: says how long the start took, its name, and each message and signal that comes. */
 int childMain(int argc, char **argv)
 {
@@ -26,7 +47,19 @@ int childMain(int argc, char **argv)
                      [](bool muted) { ChildProcess::say(muted ? "muted" : "loud"); });
     QObject::connect(&application, &QPEApplication::clockChanged,
                      [](bool ampm) { ChildProcess::say(ampm ? "12 hours" : "24 hours"); });
+    std::vector<std::unique_ptr<QWidget>> windows;
+    QObject::connect(&application, &QPEApplication::raised,
+                     [&] { ChildProcess::say(windowStates(windows)); });
     ChildInput input([&](const QByteArray &line) {
+        if (line == "first") {
+            ChildProcess::say(application.isFirst() ? "first" : "not first");
+            return;
+        }
+        if (line == "show") {
+            windows = showWindows();
+            ChildProcess::say(windowStates(windows));
+            return;
+        }
         if (line.startsWith("object "))
             application.setObjectName(QString::fromUtf8(line.mid(7)));
         else
@@ -49,6 +82,13 @@ private slots:
     void renamingMovesTheChannel();
     void tellsOfVolumeAndClock();
     void nameOfAnyApplication();
+    void firstOfItsName();
+    void nextInLineIsFirst();
+    void oneOfManyStartsIsFirst();
+    void withoutBusEveryProcessIsFirst();
+    void raiseBringsTheWindowsToTheFront();
+    void onlyRaiseRaises();
+    void nobodyIsRaised();
     void doesNotWaitForForeignTree();
     void waitsAtMostTwoSeconds();
     void waitEndsWhenThePlatformIsReady();
@@ -137,6 +177,95 @@ void QPEApplicationTest::nameOfAnyApplication()
     qApp->setObjectName("memo");
     QCOMPARE(QPEApplication::applicationNameOf(qApp), QString("memo"));
     qApp->setObjectName(given);
+}
+
+namespace {
+
+/** Its start is over. */
+bool hasStarted(ChildProcess &child)
+{
+    return !child.readLine().isNull() && !child.readLine().isNull();
+}
+
+QByteArray ask(ChildProcess &child, const QByteArray &question)
+{
+    child.write(question);
+    return child.readLine();
+}
+
+} // namespace
+
+void QPEApplicationTest::firstOfItsName()
+{
+    QVERIFY(!QPEApplication::isRunning("once"));
+    ChildProcess first({"once"});
+    QVERIFY(hasStarted(first));
+    QVERIFY(QPEApplication::isRunning("once"));
+    ChildProcess second({"once"}), other({"another"});
+    QVERIFY(hasStarted(second) && hasStarted(other));
+    QCOMPARE(ask(first, "first"), "first");
+    QCOMPARE(ask(second, "first"), "not first");
+    QCOMPARE(ask(other, "first"), "first");
+}
+
+void QPEApplicationTest::nextInLineIsFirst()
+{
+    ChildProcess first({"heir"});
+    QVERIFY(hasStarted(first));
+    ChildProcess second({"heir"});
+    QVERIFY(hasStarted(second));
+    first.kill();
+    QTRY_COMPARE(ask(second, "first"), "first");
+    second.kill();
+    QTRY_VERIFY(!QPEApplication::isRunning("heir"));
+}
+
+void QPEApplicationTest::oneOfManyStartsIsFirst()
+{
+    for (int round = 0; round < 5; ++round) {
+        std::vector<std::unique_ptr<ChildProcess>> starts;
+        for (int i = 0; i < 4; ++i)
+            starts.push_back(std::make_unique<ChildProcess>(QStringList{"race" + QString::number(round)}));
+        int firsts = 0;
+        for (const auto &start : starts)
+            firsts += hasStarted(*start) && ask(*start, "first") == "first";
+        QCOMPARE(firsts, 1);
+    }
+}
+
+void QPEApplicationTest::withoutBusEveryProcessIsFirst()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("DBUS_SESSION_BUS_ADDRESS");
+    ChildProcess one({"alone"}, environment), other({"alone"}, environment);
+    QVERIFY(hasStarted(one) && hasStarted(other));
+    QCOMPARE(ask(one, "first"), "first");
+    QCOMPARE(ask(other, "first"), "first");
+}
+
+void QPEApplicationTest::raiseBringsTheWindowsToTheFront()
+{
+    ChildProcess child({"shown"});
+    QVERIFY(hasStarted(child));
+    QCOMPARE(ask(child, "show"), "windows minimized shown hidden");
+    QVERIFY(QPEApplication::raiseRunning("shown"));
+    QCOMPARE(child.readLine(), "windows shown shown hidden");
+    QCOMPARE(child.readLine(), "raise() "); // told as any other message
+}
+
+void QPEApplicationTest::onlyRaiseRaises()
+{
+    ChildProcess child({"shown"});
+    QVERIFY(hasStarted(child));
+    QCopChannel::send("QPE/Application/shown", "raise(int)");
+    QCopChannel::send("QPE/Application/shown", "last()");
+    QCOMPARE(child.readLine(), "raise(int) ");
+    QCOMPARE(child.readLine(), "last() ");
+}
+
+void QPEApplicationTest::nobodyIsRaised()
+{
+    QVERIFY(!QPEApplication::raiseRunning("nobody"));
 }
 
 /** An environment whose device root has no files of its own. */
