@@ -248,13 +248,25 @@ QList<int> Book::categories(unsigned long card) const
     return m_box->readCategories(card);
 }
 
-QList<Card> Book::shownCards() const
+Card Book::card(unsigned long card) const
 {
-    QList<Card> cards;
-    for (int row = 0; row < count(); ++row) {
-        const unsigned long card = cardAt(row);
-        cards.append({values(card), categories(card)});
-    }
+    return {values(card), categories(card)};
+}
+
+QList<unsigned long> Book::allCards() const
+{
+    const char *all = m_kind.index.constData();
+    QList<unsigned long> cards;
+    for (unsigned long card = m_box->firstCard(all); card != 0; card = m_box->nextCard(card, all))
+        cards.append(card);
+    return cards;
+}
+
+QList<unsigned long> Book::shownCards() const
+{
+    QList<unsigned long> cards;
+    for (int row = 0; row < count(); ++row)
+        cards.append(cardAt(row));
     return cards;
 }
 
@@ -307,16 +319,20 @@ unsigned long Book::save(unsigned long card, const CardValues &changed,
     return ended ? saved : 0;
 }
 
-bool Book::addAll(const QList<Card> &cards)
+unsigned long Book::addAll(const QList<Card> &cards)
 {
     if (!ask() || !m_box->beginAction())
-        return false;
+        return 0;
+    unsigned long first = 0;
     bool written = true;
-    for (const Card &card : cards)
-        written = written && writeCard(0, card.values, card.categories) != 0;
+    for (const Card &card : cards) {
+        const unsigned long added = written ? writeCard(0, card.values, card.categories) : 0;
+        written = added != 0;
+        first = first == 0 ? added : first;
+    }
     const bool ended = m_box->endAction();
     refresh();
-    return ended && written;
+    return ended && written ? first : 0;
 }
 
 std::optional<unsigned long> Book::remove(unsigned long card)

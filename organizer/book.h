@@ -78,8 +78,11 @@ public:
     /** All fields of a card that are not empty. */
     [[nodiscard]] CardValues values(unsigned long card) const;
     [[nodiscard]] QList<int> categories(unsigned long card) const;
-    /** All cards of the view, whole. */
-    [[nodiscard]] QList<Card> shownCards() const;
+    [[nodiscard]] Card card(unsigned long card) const;
+    /** The ids of all cards of the box, whatever the view is. */
+    [[nodiscard]] QList<unsigned long> allCards() const;
+    /** The ids of all cards of the view. */
+    [[nodiscard]] QList<unsigned long> shownCards() const;
     [[nodiscard]] const KyPDataBaseItemInfo &fields() const { return m_kind.fields; }
 
     /** Writes the fields of @p changed to a card, 0 for a new one, and its categories when they are given; an
@@ -87,8 +90,9 @@ public:
      * @return the card, 0 when nothing could be saved */
     unsigned long save(unsigned long card, const CardValues &changed,
                        const std::optional<QList<int>> &categories = std::nullopt);
-    /** Saves many new cards in one transaction: all of them, or none on failure. */
-    bool addAll(const QList<Card> &cards);
+    /** Saves many new cards in one transaction: all of them, or none on failure.
+     * @return the first of them, 0 on failure */
+    unsigned long addAll(const QList<Card> &cards);
     /** @return the card next to the deleted one, or nothing on failure */
     std::optional<unsigned long> remove(unsigned long card);
     /** Deletes all cards of the view, or none on failure. */

@@ -48,6 +48,7 @@ struct BoxKind
 {
     bool (*make)(const KyPDtm::KyPDataManagerIndexInfo &);
     QByteArray file;
+    QByteArray index; ///< its master
     KyPDataBaseItemInfo fields;
     int lastField; ///< the first one is 1
 

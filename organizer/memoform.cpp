@@ -12,7 +12,10 @@ constexpr int LongestTitle = 60; // characters, of one that is taken from the co
 
 QString firstLine(const QString &contents)
 {
-    return contents.trimmed().section(QLatin1Char('\n'), 0, 0).left(LongestTitle).trimmed();
+    QString line = contents.trimmed().section(QLatin1Char('\n'), 0, 0).left(LongestTitle);
+    if (!line.isEmpty() && line.back().isHighSurrogate()) // half a character
+        line.chop(1);
+    return line.trimmed();
 }
 
 } // namespace

@@ -73,7 +73,9 @@ void TaskForm::show(const CardValues &values)
     m_description->setCursorPosition(0);
     m_done->setChecked(isDone(values));
     const int priority = values.value(TaskField::Priority, TaskPriority::Usual).toInt();
-    m_priority->setCurrentIndex(qMax(0, m_priority->findData(priority)));
+    if (m_priority->findData(priority) < 0)
+        m_priority->addItem(priorityText(priority), priority);
+    m_priority->setCurrentIndex(m_priority->findData(priority));
     m_hasDue->setChecked(due.isValid());
     m_due->setEnabled(due.isValid());
     m_due->setDate(due.isValid() ? due : QDate::currentDate());
