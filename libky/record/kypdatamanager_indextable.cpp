@@ -169,7 +169,7 @@ PIOIDXINFO *KyPDataManagerPrivate::oldestRow(const PIOIDXINFO *kept)
     PIOIDXINFO *oldest = nullptr;
     for (int i = 0; i < indexCapacity; ++i) {
         PIOIDXINFO *row = &indexes[i];
-        if (row == resumeIndex || row->sticky)
+        if (row == resumeIndex || row == kept || row->sticky)
             continue;
         if (!oldest || row->indexAge > oldest->indexAge)
             oldest = row;
