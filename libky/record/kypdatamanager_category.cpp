@@ -9,7 +9,7 @@ namespace KyPDtm {
 namespace {
 
 constexpr char CategoryItem[] = "CTGR";
-constexpr qsizetype CategoryTermLength = 9; // of GetCategory_FilterInfo()
+constexpr qsizetype ExpressionLength = 9; // of GetCategory_FilterInfo()
 
 QString builtinFolder()
 {
@@ -238,7 +238,7 @@ quint16 KyPDataManager::takeFromAllCards(quint8 category)
 {
     if (d->editing) // finishEditCard() would bring it back
         d->takeFromCard(d->workCard, category);
-    char term[CategoryTermLength] = {};
+    char term[ExpressionLength] = {};
     unsigned short length = 0;
     GetCategory_FilterInfo(reinterpret_cast<unsigned char *>(term), category, &length);
     const QByteArray allCards = d->rowPath(d->wholeRow());

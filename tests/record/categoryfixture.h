@@ -1,18 +1,7 @@
 #ifndef KY_TEST_CATEGORYFIXTURE_H
 #define KY_TEST_CATEGORYFIXTURE_H
 
-#include "recordfixture.h"
-
-/** Adds a card with a title and a list of categories. @return its id, 0 on failure */
-inline unsigned long addCard(KyPDataManager &manager, const QString &title, const QByteArray &categories)
-{
-    unsigned long card = 0;
-    const bool isAdded = manager.editNewCard() && manager.writeItem("TITL", title) &&
-                         manager.writeItem("CTGR", categories.constData(),
-                                           static_cast<unsigned long>(categories.size())) &&
-                         manager.finishEditCard(&card);
-    return isAdded ? card : 0;
-}
+#include "viewfixture.h"
 
 /** The list of a card as the store has it. */
 inline QByteArray listOf(const KyPDataManager &manager, unsigned long card)
@@ -21,11 +10,11 @@ inline QByteArray listOf(const KyPDataManager &manager, unsigned long card)
 }
 
 /** A view of a category as a permanent index of the box; a manager made later has it in its table. */
-inline bool makeCategoryIndex(const TestBox &box, const QByteArray &path, quint8 category)
+inline bool makeCategoryIndex(const TestBox &box, const QByteArray &path, char category)
 {
-    const quint32 handle = _BoxOpen(box.path().constData());
+    const quint32 handle = _BoxOpen(box.path());
     const QByteArray boxName = box.path().mid(3) + '\0';
-    const QByteArray term = QByteArray("CTGR\xFE\x92\x0C") + char(category) + '\0';
+    const QByteArray term = "CTGR\xFE\x92\x0C" + QByteArray(1, category) + '\0';
     const bool isMade =
         _IndexCreate(path, 18) == PdtmOk &&
         _IndexInfoWrite(path, InfoBoxName, boxName.constData(), quint16(boxName.size())) == PdtmOk &&
