@@ -9,10 +9,19 @@ namespace {
 // The name under which events keep their categories: translations and files go by this spelling.
 constexpr auto EventApplication = "Calender";
 
-/** The id of a category of the table, which is added unless it is there; 0 on failure. */
-int idInTable(KyCategories &table, const QString &name)
+/** The ids that the table has for names, null ones left out; names that it lacks are added. */
+QList<int> idsInTable(const QStringList &names)
 {
-    return table.exists(name) ? table.id(name) : table.addCategory(name);
+    KyCategories table;
+    QList<int> ids;
+    for (const QString &name : names) {
+        if (name.isNull())
+            continue;
+        const int known = table.id(name);
+        if (const int id = known ? known : table.addCategory(name))
+            ids.append(id);
+    }
+    return ids;
 }
 
 } // namespace
@@ -48,30 +57,20 @@ QList<int> convCategoriesXmlToPdtm(const QList<int> &ids, const QString &applica
     Categories file;
     if (ids.isEmpty() || !file.load(categoryFileName()))
         return {};
-    KyCategories table;
-    QList<int> converted;
-    for (const int id : ids) {
-        const QString name = file.label(application, id);
-        const int idOfTable = name.isNull() ? 0 : idInTable(table, name);
-        if (idOfTable)
-            converted.append(idOfTable);
-    }
-    return converted;
+    QStringList names;
+    for (const int id : ids)
+        names.append(file.label(application, id));
+    return idsInTable(names);
 }
 
 QList<int> convCategoriesBoxToPdtm(const QList<int> &ids, KyCategories *source)
 {
     if (!source || ids.isEmpty())
         return {};
-    KyCategories table;
-    QList<int> converted;
-    for (const int id : ids) {
-        const QString name = source->label(id);
-        const int idOfTable = name.isNull() ? 0 : idInTable(table, name);
-        if (idOfTable)
-            converted.append(idOfTable);
-    }
-    return converted;
+    QStringList names;
+    for (const int id : ids)
+        names.append(source->label(id));
+    return idsInTable(names);
 }
 
 QList<int> eventCategoryPdtmToXml(const QList<int> &ids)

@@ -231,8 +231,6 @@ bool KyCategories::removeCategory(const QString &name)
     const std::optional<int> id = d->remove(name);
     if (!id)
         return false;
-    if (*id == 0) // no card can have it, and a view that isn't one of a category has 0
-        return true;
     KyPDataManager::updateForCategoryRemoved(*id);
     QCopEnvelope message("QPE/System", "categoryRemoved(int)");
     message << *id;
