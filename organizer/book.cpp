@@ -76,8 +76,9 @@ void Book::receive(const QByteArray &message, const QByteArray &data)
         return;
     QString path;
     QString sender;
-    QCopArguments(data) >> path >> sender;
-    if (sender == QPEApplication::applicationNameOf(qApp) || (!path.isEmpty() && path != m_kind.file))
+    QCopArguments arguments(data);
+    arguments >> path >> sender;
+    if (sender == QPEApplication::applicationNameOf(qApp) || (!path.isEmpty() && path != QLatin1String(m_kind.file)))
         return;
     m_wasLent = true;
     QTimer::singleShot(0, this, &Book::look);

@@ -12,6 +12,7 @@ CategoryChecklist::CategoryChecklist(CategoryTable *table, QWidget *parent)
     : QListWidget(parent), m_table(table)
 {
     connect(table, &CategoryTable::changed, this, &CategoryChecklist::fill);
+    setSpacing(2);
     fill();
 }
 

@@ -14,6 +14,7 @@ CategoryTable::CategoryTable(QObject *parent)
     : QObject(parent), m_channel(new QCopChannel("QPE/System", this))
 {
     KyCategories::createFile(nullptr);
+    m_table = std::make_unique<KyCategories>();
     read();
     m_reload.setSingleShot(true);
     connect(&m_reload, &QTimer::timeout, this, &CategoryTable::reload);
@@ -41,7 +42,8 @@ void CategoryTable::reload()
 
 void CategoryTable::announce()
 {
-    QCopEnvelope("QPE/System", "categoryChange(QString)") << QPEApplication::applicationNameOf(qApp);
+    QCopEnvelope envelope("QPE/System", "categoryChange(QString)");
+    envelope << QPEApplication::applicationNameOf(qApp);
 }
 
 QString CategoryTable::name(int id) const
@@ -87,7 +89,7 @@ QString CategoryTable::objectionTo(const QString &name) const
 {
     if (name.isEmpty())
         return tr("A category needs a name.");
-    if (m_table.exists(name))
+    if (m_table->exists(name))
         return tr("There is a category \"%1\" already.").arg(name);
     return {};
 }
@@ -97,7 +99,7 @@ QString CategoryTable::add(const QString &name)
     const QString objection = objectionTo(name);
     if (!objection.isEmpty())
         return objection;
-    const bool added = m_table.addCategory(name) != 0;
+    const bool added = m_table->addCategory(name) != 0;
     reload();
     if (!added)
         return m_entries.size() >= MaximumCategories
@@ -112,9 +114,9 @@ QString CategoryTable::rename(const QString &oldName, const QString &newName)
     const QString objection = objectionTo(newName);
     if (!objection.isEmpty())
         return objection;
-    if (m_table.isSystemCategory(oldName))
+    if (m_table->isSystemCategory(oldName))
         return tr("\"%1\" belongs to the system and keeps its name.").arg(oldName);
-    const bool renamed = m_table.renameCategory(oldName, newName);
+    const bool renamed = m_table->renameCategory(oldName, newName);
     reload();
     if (!renamed)
         return tr("The category \"%1\" could not be renamed.").arg(oldName);
@@ -125,9 +127,9 @@ QString CategoryTable::rename(const QString &oldName, const QString &newName)
 /* The table tells others of a removal. */
 QString CategoryTable::remove(const QString &name)
 {
-    if (m_table.isSystemCategory(name))
+    if (m_table->isSystemCategory(name))
         return tr("\"%1\" belongs to the system and stays.").arg(name);
-    const bool removed = m_table.removeCategory(name);
+    const bool removed = m_table->removeCategory(name);
     reload();
     return removed ? QString() : tr("The category \"%1\" could not be removed.").arg(name);
 }

@@ -60,7 +60,7 @@ private:
     void announce();
     [[nodiscard]] QString objectionTo(const QString &name) const;
 
-    KyCategories m_table;
+    std::unique_ptr<KyCategories> m_table;
     QCopChannel *m_channel;
     QTimer m_reload;
     QList<CategoryEntry> m_entries;

@@ -29,7 +29,7 @@ MemoForm::MemoForm(Book *book, CategoryTable *table, QWidget *parent)
       m_title(new QLineEdit), m_contents(new QPlainTextEdit)
 {
     m_title->setPlaceholderText(tr("The first line, if you leave this empty"));
-    categories()->setMaximumHeight(categories()->fontMetrics().height() * 8);
+    categories()->setMaximumHeight(categories()->fontMetrics().height() * 9);
     auto *form = new QFormLayout;
     form->addRow(tr("Title"), m_title);
     form->addRow(tr("Contents"), m_contents);

@@ -44,6 +44,7 @@ TaskForm::TaskForm(Book *book, CategoryTable *table, QWidget *parent)
     due->addWidget(m_hasDue);
     due->addWidget(m_due, 1);
 
+    categories()->setMaximumHeight(categories()->fontMetrics().height() * 9);
     auto *form = new QFormLayout;
     form->addRow(tr("Description"), m_description);
     form->addRow(QString(), m_done);

@@ -58,7 +58,7 @@ private:
     void showPage(CardsPage *page, const QString &name, const QString &form)
     {
         m_window.showPage(page);
-        page->selectRow(0);
+        page->selectRow(1);
         picture(m_window, name, page->summary());
         for (const CategoryEntry &entry : m_window.categories()->entries()) {
             page->showCategory(entry.id);
