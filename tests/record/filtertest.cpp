@@ -497,6 +497,7 @@ void FilterTest::newIndexTakesTheMastersOrder()
                      : order == "two" ? twoKeys()
                                       : KyPDataManagerSortKey());
     view.addSix();
+    sorts = 0;
     QVERIFY(view.manager.enableFilter(9));
     const PIOIDXINFO &row = view.current();
     const PIOIDXINFO &master = *view.table().masterIndex;
@@ -1111,13 +1112,13 @@ void FilterTest::filterIsAdopted()
     QVERIFY(view.manager.enableFilter(9));
     QVERIFY(view.filterBy(atLeast("NUMB", 3), plainKey("NUMB"), KyPDataManager::FilterCurrent, true));
     const QByteArray name = view.current().fileName;
+    unsigned long card = view.cardOf("d");
     QVERIFY(view.manager.close());
     KyPDataManager next(view.box.path().constData(), nullptr, false);
     QVERIFY(!next.isFiltered());
     QVERIFY(next.setCurrentIndex(name.constData(), false)); // in the order of the view
     QVERIFY(next.isFiltered());
     QCOMPARE(next.count(), 2);
-    unsigned long card = view.cardOf("d");
     QVERIFY(next.startEditCard(card));
     QVERIFY(next.writeItem("CTGR", "\x05", 1));
     QVERIFY(next.finishEditCard(&card));

@@ -97,7 +97,7 @@ public:
         return card;
     }
 
-    QByteArray currentPath() { return table().rowPath(table().currentIndex); }
+    QByteArray currentPath() { return QByteArray("F0:") + current().fileName; }
 
     /** Shows the cards whose title contains a text, in the order of the numbers. */
     bool filter(const QByteArray &text, KyPDataManager::FilterFor parent, bool keepResume)
