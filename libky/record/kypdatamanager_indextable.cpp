@@ -245,7 +245,7 @@ QByteArray KyPDataManagerPrivate::indexPath(const char *index) const
 {
     if (index)
         return index;
-    return currentIndex && currentIndex->inUse ? rowPath(currentIndex) : QByteArray();
+    return currentIndex ? rowPath(currentIndex) : QByteArray();
 }
 
 } // namespace KyPDtm
