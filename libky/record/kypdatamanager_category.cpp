@@ -248,7 +248,10 @@ quint16 KyPDataManager::takeFromAllCards(quint8 category)
         if (const PdtmStatus status = d->takeFromCard(card, category); status != PdtmOk)
             return status;
     }
-    return d->lastError == PdtmNone ? quint16(PdtmOk) : d->lastError;
+    // Only this says that there is no further card, and not that it could not be told.
+    if (d->lastError == PdtmNone)
+        return PdtmOk;
+    return d->lastError == PdtmOk ? quint16(PdtmIoError) : d->lastError;
 }
 
 void KyPDataManager::updateForCategoryRemoved(int category)

@@ -52,9 +52,8 @@ private slots:
     void readOfNoList();
     void readOfTheCurrentCard();
     void longListIsReadWhole();
-    void isInTheCategory_data();
-    void isInTheCategory();
-    void unreadableListCountsAsUnfiled();
+    void cardIsUnfiledWithNoList_data();
+    void cardIsUnfiledWithNoList();
     void addPutsTheCardIntoTheView();
     void addWithNoView();
     void addTwiceIsAddedOnce();
@@ -132,36 +131,30 @@ void CardCategoriesTest::longListIsReadWhole()
     QCOMPARE(view.manager.readCategories(card), ids);
 }
 
-void CardCategoriesTest::isInTheCategory_data()
+void CardCategoriesTest::cardIsUnfiledWithNoList_data()
 {
     QTest::addColumn<QByteArray>("list");
-    QTest::addColumn<int>("category");
-    QTest::addColumn<bool>("isIn");
-    QTest::newRow("its only one") << QByteArray("\5") << 5 << true;
-    QTest::newRow("its second one") << QByteArray("\5\xC8") << 200 << true;
-    QTest::newRow("another") << QByteArray("\5") << 6 << false;
-    QTest::newRow("unfiled, with a list") << QByteArray("\5") << UnfiledCategoryId << false;
-    QTest::newRow("unfiled, in the list itself") << QByteArray("\xFE") << UnfiledCategoryId << false;
-    QTest::newRow("unfiled, with none") << QByteArray() << UnfiledCategoryId << true;
-    QTest::newRow("another, with none") << QByteArray() << 5 << false;
-    QTest::newRow("no category, with none") << QByteArray() << 0 << false;
+    QTest::addColumn<bool>("isUnfiled");
+    QTest::newRow("no list") << QByteArray() << true;
+    QTest::newRow("one category") << QByteArray("\5") << false;
+    QTest::newRow("two categories") << QByteArray("\5\xC8") << false;
+    QTest::newRow("the id of the unfiled") << QByteArray("\xFE") << false;
+    QTest::newRow("an invalid id") << QByteArray("\xFF") << false;
 }
 
-void CardCategoriesTest::isInTheCategory()
+void CardCategoriesTest::cardIsUnfiledWithNoList()
 {
     QFETCH(QByteArray, list);
-    QFETCH(int, category);
-    QFETCH(bool, isIn);
-    View view;
-    const unsigned long card = view.add("a", 0, list);
-    QCOMPARE(view.table().isCardInTheCategory(card, category), isIn);
-}
-
-void CardCategoriesTest::unreadableListCountsAsUnfiled()
-{
-    View view;
-    QVERIFY(view.table().isCardInTheCategory(77, UnfiledCategoryId));
-    QVERIFY(!view.table().isCardInTheCategory(77, 5));
+    QFETCH(bool, isUnfiled);
+    Six six;
+    const unsigned long card = six.ids['f'];
+    QVERIFY(six.setCategories(card, list));
+    const QByteArray unfiled = pathOf(six.manager, *rowOf(six.manager, UnfiledCategoryId));
+    quint16 number = 0;
+    _IndexNoAppend(unfiled.constData(), six.manager.boxHandle(), quint16(card), &number);
+    QCOMPARE(six.shown(UnfiledCategoryId), QStringLiteral("f"));
+    QVERIFY(six.manager.addCardToCtgr(card, 30, Single, false));
+    QCOMPARE(six.shown(UnfiledCategoryId), isUnfiled ? QString() : QStringLiteral("f"));
 }
 
 // One category of one card
@@ -206,7 +199,7 @@ void CardCategoriesTest::addOfAnUnfiledCardTakesItOutOfThatView()
 void CardCategoriesTest::addOfAFiledCardLeavesTheUnfiledViewAlone()
 {
     Six six;
-    const QByteArray unfiled = six.table().rowPath(rowOf(six.manager, UnfiledCategoryId));
+    const QByteArray unfiled = pathOf(six.manager, *rowOf(six.manager, UnfiledCategoryId));
     quint16 number = 0;
     QCOMPARE(_IndexNoAppend(unfiled, six.manager.boxHandle(), quint16(six.ids['a']), &number),
              PdtmStatus(PdtmOk));
@@ -440,7 +433,7 @@ void CardCategoriesTest::updateIsAnEdit()
 void CardCategoriesTest::updateTakesTheCardOutOfTheUnfiledView()
 {
     Six six;
-    const QByteArray unfiled = six.table().rowPath(rowOf(six.manager, UnfiledCategoryId));
+    const QByteArray unfiled = pathOf(six.manager, *rowOf(six.manager, UnfiledCategoryId));
     QVERIFY(six.manager.updateCategories(six.ids['f'], {5}, Single, false));
     QCOMPARE(six.allShown(), QStringLiteral("abcdf cde "));
     QCOMPARE(cardsOf(unfiled), QList<int>());

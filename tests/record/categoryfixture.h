@@ -34,6 +34,12 @@ inline KyPDtm::PIOIDXINFO *rowOf(KyPDataManager &manager, int category)
     return nullptr;
 }
 
+/** Path of the index of a row. */
+inline QByteArray pathOf(KyPDataManager &manager, const KyPDtm::PIOIDXINFO &row)
+{
+    return QByteArray(privateOf(manager).boxDir) + row.fileName;
+}
+
 /** The visible cards of an index, in its order. */
 inline QList<unsigned long> cardsIn(const KyPDataManager &manager, const QByteArray &index)
 {
@@ -48,7 +54,7 @@ inline QList<unsigned long> cardsIn(const KyPDataManager &manager, const QByteAr
 inline QList<unsigned long> cardsOfCategory(KyPDataManager &manager, int category)
 {
     const KyPDtm::PIOIDXINFO *row = rowOf(manager, category);
-    return row ? cardsIn(manager, privateOf(manager).rowPath(row)) : QList<unsigned long>{0};
+    return row ? cardsIn(manager, pathOf(manager, *row)) : QList<unsigned long>{0};
 }
 
 /** Whether a card is in the box. */

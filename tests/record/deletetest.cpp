@@ -175,7 +175,7 @@ void DeleteTest::visibleOfADroppedView()
 {
     Cards cards;
     QVERIFY(cards.manager.enableFilter(3));
-    privateOf(cards.manager).dropRow(privateOf(cards.manager).currentIndex);
+    cards.current() = {};
     QVERIFY(deleteCards(cards.manager, KyPDataManager::DeleteVisible));
     QCOMPARE(cards.left(), QStringLiteral("abcdef"));
 }
@@ -242,7 +242,7 @@ void DeleteTest::deletedCardsLeaveEveryIndex()
         if (!row.inUse)
             continue;
         ++rows;
-        const QByteArray index = privateOf(cards.manager).rowPath(&row);
+        const QByteArray index = pathOf(cards.manager, row);
         for (const int i : {1, 3, 5}) {
             quint16 number = 0;
             QCOMPARE(_CardIDToIndexNo(index.constData(), quint16(cards.ids[i]), &number),
