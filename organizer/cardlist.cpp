@@ -33,9 +33,7 @@ CardList::CardList(CardsModel *model, QWidget *parent) : QTreeView(parent), m_mo
     header()->setSectionsMovable(false);
     header()->setSectionsClickable(true);
     header()->setSortIndicatorShown(true);
-    const int letter = fontMetrics().averageCharWidth();
     for (int column = 0; column < model->columnCount(); ++column) {
-        header()->resizeSection(column, model->columns()[column].letters * letter);
         if (model->columns()[column].orderField == 0)
             header()->setSortIndicator(column, Qt::AscendingOrder);
     }
@@ -53,6 +51,17 @@ void CardList::orderBy(int column)
 {
     emit orderWanted(m_model->columns()[column].orderField,
                      header()->sortIndicatorOrder() == Qt::AscendingOrder);
+}
+
+/* The columns share the room by their letters. */
+void CardList::resizeEvent(QResizeEvent *event)
+{
+    QTreeView::resizeEvent(event);
+    int letters = 0;
+    for (const CardColumn &column : m_model->columns())
+        letters += column.letters;
+    for (int column = 0; column < m_model->columnCount(); ++column)
+        header()->resizeSection(column, viewport()->width() * m_model->columns()[column].letters / letters);
 }
 
 void CardList::paintEvent(QPaintEvent *event)

@@ -11,7 +11,7 @@ class CardList : public QTreeView
 {
     Q_OBJECT
 public:
-    /** @param model its columns give the widths, the first one that has the box's own order is marked */
+    /** @param model its columns give the widths, the one that has the box's own order is marked */
     explicit CardList(CardsModel *model, QWidget *parent = nullptr);
 
     /** What stands in the place of the rows when there is none. */
@@ -23,6 +23,7 @@ signals:
     void orderWanted(int field, bool ascending);
 
 protected:
+    void resizeEvent(QResizeEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:

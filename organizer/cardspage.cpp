@@ -87,11 +87,13 @@ QWidget *CardsPage::makeList()
 QWidget *CardsPage::makeChoosers()
 {
     m_chooser = new QComboBox;
+    m_chooser->setObjectName(QStringLiteral("category"));
     m_chooser->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_chooser->setMinimumContentsLength(12);
     connect(m_chooser, &QComboBox::activated, this,
             [this] { showCategory(m_chooser->currentData().toInt()); });
     m_search = new SearchLine;
+    m_search->setObjectName(QStringLiteral("search"));
     connect(m_search, &SearchLine::searched, this, [this](const QString &text) {
         m_book->ask();
         m_book->setSearch(text);

@@ -99,6 +99,7 @@ KyPDataManager::KyPDataManager(const char *boxFile, QWidget *parent, bool readOn
 
 KyPDataManager::~KyPDataManager()
 {
+    cancelEditCard();
     close();
     if (d->extBoxInfo)
         _PioDisposeExtBoxInfo(d->extBoxInfo);
@@ -135,15 +136,15 @@ bool KyPDataManager::openInMode()
         if (d->boxHandle || d->waitingOpenAgain) // a slot opened it in the meantime
             return isOpened();
     }
+    d->restoreWorkCard();
     announce(CloseFileMessage, d->boxPathText());
     return isOpened();
 }
 
 bool KyPDataManager::close()
 {
-    if (!d->boxHandle || _BoxCloseEx(d->boxHandle, 1) != PdtmOk)
+    if (!d->boxHandle || !d->closeHandle())
         return false;
-    d->boxHandle = 0;
     if (!d->waitingOpenAgain && QCoreApplication::instance())
         announce(OpenFileMessage, d->boxPathText());
     return true;
@@ -177,8 +178,17 @@ void KyPDataManagerPrivate::letGo(bool forAll)
 {
     waitingOpenAgain = true;
     closedForAll = forAll;
+    closeHandle();
+}
+
+bool KyPDataManagerPrivate::closeHandle()
+{
+    keepWorkCard();
     if (_BoxCloseEx(boxHandle, 1) == PdtmOk)
         boxHandle = 0;
+    else
+        restoreWorkCard();
+    return boxHandle == 0;
 }
 
 bool KyPDataManagerPrivate::setBoxPath(const char *path)

@@ -271,7 +271,9 @@ public:
      * A new card gets its time of creation and its sync id; a changed one its time of change.
      *
      * @param card in: the id to write to, 0 for a new one; out: the id written to
-     * @return false when no edit is under way or nothing could be written; the edit is over in any case
+     * @return false when no edit is under way or nothing could be written. The edit is over in any case but
+     *         one: while the box is closed, because it was lent, the edit goes on and can be finished when
+     *         the box is open again
      */
     bool finishEditCard(unsigned long *card);
     /** Ends the edit, if there is one, and throws its changes away. Always true. */

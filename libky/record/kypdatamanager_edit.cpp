@@ -5,6 +5,17 @@ namespace KyPDtm {
 
 namespace {
 
+// Scratch cards for the edits of managers whose box is closed, used in turn.
+constexpr quint16 FirstKeptCard = 0xFF80;
+constexpr quint16 LastKeptCard = 0xFFFE;
+
+quint16 nextKeptCard()
+{
+    static quint16 last = LastKeptCard;
+    last = last == LastKeptCard ? FirstKeptCard : quint16(last + 1);
+    return last;
+}
+
 /** Gives a new card its time of creation and its sync id. */
 bool stampNewCard(KyPDataManager &manager)
 {
@@ -68,6 +79,8 @@ bool KyPDataManager::finishEditCard(unsigned long *card)
         d->editState = EditNotUnderWay;
         return false;
     }
+    if (!isOpened()) // lent: what the user typed waits for the box to come back
+        return false;
     auto destination = quint16(*card);
     const bool isNew = destination == 0 || d->editSourceCard == 0;
     if ((isNew && !stampNewCard(*this)) || (d->editModified && !writeCurrentTime("MDTM", true))) {
@@ -95,6 +108,26 @@ bool KyPDataManager::cancelEditCard()
     d->editModified = false;
     d->editSourceCard = 0;
     return true;
+}
+
+void KyPDataManagerPrivate::keepWorkCard()
+{
+    if (!editing || readOnly)
+        return;
+    keptWorkCard = nextKeptCard();
+    if (_CardCopy(boxHandle, quint16(workCard), &keptWorkCard) != PdtmOk)
+        keptWorkCard = 0;
+}
+
+void KyPDataManagerPrivate::restoreWorkCard()
+{
+    if (!keptWorkCard || !boxHandle || readOnly)
+        return;
+    auto work = quint16(workCard);
+    if (editing) // else it was cancelled meanwhile
+        _CardCopy(boxHandle, keptWorkCard, &work);
+    _CardDelete(boxHandle, keptWorkCard);
+    keptWorkCard = 0;
 }
 
 bool KyPDataManager::beginAction()

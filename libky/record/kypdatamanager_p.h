@@ -98,6 +98,7 @@ public:
     bool waitingOpenAgain;        ///< another process made this manager close
     bool closedForAll;            ///< that request named no file
     bool readOnly;                ///< mode of the last open
+    quint16 keptWorkCard;         ///< where the work card lies while the box is closed, 0 when there is none
     int openActions;              ///< nested actions that are open
     bool collectionDue;           ///< garbage is to be looked at behind the outermost action
 
@@ -190,9 +191,17 @@ public:
     void dropViews(quint8 category, const char *logLine);
     /** The master, or, while that is a view of a part of the box, a permanent index of all cards. */
     [[nodiscard]] PIOIDXINFO *wholeRow();
+    /** Puts the work card of an edit aside before the box is closed: all managers of a process share one, and
+     * another may need it in the meantime. */
+    void keepWorkCard();
+    /** Takes it back when the box is open for writing again. */
+    void restoreWorkCard();
 
     /** Lets go of the box at another process's request. @param forAll the request named no file */
     void letGo(bool forAll);
+
+    /** Closes the box and keeps the edit. False when it stays open. */
+    bool closeHandle();
 
     [[nodiscard]] quint32 garbage() const;
     /** Compacts the box when its garbage is big, or has grown too much since garbageAtStart. */

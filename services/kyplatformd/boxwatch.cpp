@@ -110,10 +110,10 @@ void BoxWatch::closeAsked(const QString &box)
 
 void BoxWatch::openSent(const QString &box)
 {
+    // The watch over one box goes on: an application that waits ignores what another process of its own name
+    // sends, and would wait for ever if that one was the last to have the box.
     if (box.isEmpty())
         m_closersOfAll.clear();
-    else
-        forget(box);
 }
 
 void BoxWatch::forget(const QString &box)

@@ -6,6 +6,7 @@
 #include "recordfixture.h"
 #include <QPointer>
 #include <QTimer>
+#include <sys/resource.h>
 
 namespace {
 
@@ -81,6 +82,15 @@ private:
     bool m_isSettled = false;
 };
 
+/** How often this thread has gone to sleep. */
+int sleepsOfThisThread()
+{
+    struct rusage usage
+    {
+    };
+    return ::getrusage(RUSAGE_THREAD, &usage) == 0 ? int(usage.ru_nvcsw) : -1;
+}
+
 QByteArray ownName()
 {
     return QPEApplication::applicationNameOf(qApp).toUtf8();
@@ -112,6 +122,7 @@ private slots:
     void readOnlyOpenIsSilent();
     void failedOpenAnnouncesToo();
     void eventsRunBetweenTheAttempts();
+    void attemptsDoNotWait();
     void closeAnnouncesOnce();
     void boxThatCannotBeClosedStaysOpen();
     void readOnlyCloseAnnounces();
@@ -146,6 +157,10 @@ private slots:
     // one process, several managers
     void managersOfOneBox();
     void editsInTwoBoxesAtOnce();
+    void editsOfTwoManagersOfOneBox();
+    void abandonedEditLeavesNothing();
+    void cancelWhileClosedLeavesNothing();
+    void editOutlastsACloseAndAFailedOne();
     void onlyOneOfTwoWaitingManagersReopens();
     void stormOfMessages();
     void messagesCutShort();
@@ -214,6 +229,20 @@ void CloseProtocolTest::eventsRunBetweenTheAttempts()
     QVERIFY(attemptsSeen >= 1);
     QCOMPARE(openAttempts, attemptsSeen + 1);
     QCOMPARE(traffic.messages().size(), 1);
+}
+
+void CloseProtocolTest::attemptsDoNotWait()
+{
+    const TestBox box;
+    const KyPDataManager holder(box.path().constData(), nullptr, false);
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    Traffic().messages(); // nothing is pending
+    openAttempts = 0;
+    const int before = sleepsOfThisThread();
+    QVERIFY(!manager.open(false));
+    const int sleeps = sleepsOfThisThread() - before;
+    QCOMPARE(openAttempts, 9);
+    QVERIFY2(sleeps < 8, QByteArray::number(sleeps)); // one between each two attempts
 }
 
 void CloseProtocolTest::closeAnnouncesOnce()
@@ -625,6 +654,76 @@ void CloseProtocolTest::editsInTwoBoxesAtOnce()
     QVERIFY(first.finishEditCard(&firstCard) && second.finishEditCard(&secondCard));
     QCOMPARE(first.readItem("TITL", firstCard), QStringLiteral("one"));
     QCOMPARE(second.readItem("TITL", secondCard), QStringLiteral("other"));
+}
+
+void CloseProtocolTest::editsOfTwoManagersOfOneBox()
+{
+    const TestBox box;
+    KyPDataManager first(box.path().constData(), nullptr, false);
+    unsigned long one = addCard(first, QStringLiteral("a")), other = addCard(first, QStringLiteral("b"));
+    QVERIFY(first.startEditCard(one) && first.writeItem("TITL", "a edited"));
+    tell(first, CloseFile, box.path());
+    KyPDataManager second(box.path().constData(), nullptr, false);
+    QVERIFY(second.startEditCard(other) && second.writeItem("TITL", "b edited"));
+    tell(second, CloseFile, box.path());
+    tell(first, OpenFile, box.path());
+    QVERIFY(first.finishEditCard(&one));
+    QVERIFY(first.close());
+    tell(second, OpenFile, box.path());
+    QVERIFY(second.finishEditCard(&other));
+    QCOMPARE(second.readItem("TITL", one), QStringLiteral("a edited"));
+    QCOMPARE(second.readItem("TITL", other), QStringLiteral("b edited"));
+    QCOMPARE(second.count(), 2);
+}
+
+void CloseProtocolTest::abandonedEditLeavesNothing()
+{
+    const TestBox box;
+    KyPDataManager keeper(box.path().constData(), nullptr, false);
+    unsigned long card = addCard(keeper, QStringLiteral("a"));
+    QVERIFY(keeper.close());
+    {
+        KyPDataManager abandoned(box.path().constData(), nullptr, false);
+        QVERIFY(abandoned.startEditCard(card) && abandoned.writeItem("TITL", "b"));
+    }
+    QVERIFY(keeper.open(false));
+    QCOMPARE(keeper.readItem("TITL", card), QStringLiteral("a"));
+    QVERIFY(keeper.readItem("TITL", WorkCardId).isNull()); // there is none
+}
+
+void CloseProtocolTest::cancelWhileClosedLeavesNothing()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    unsigned long card = addCard(manager, QStringLiteral("a"));
+    QVERIFY(manager.startEditCard(card) && manager.writeItem("TITL", "b"));
+    tell(manager, CloseFile, box.path());
+    const quint16 kept = privateOf(manager).keptWorkCard;
+    QVERIFY(kept != 0);
+    QVERIFY(manager.cancelEditCard());
+    tell(manager, OpenFile, box.path());
+    QCOMPARE(privateOf(manager).keptWorkCard, quint16(0));
+    QVERIFY(manager.readItem("TITL", kept).isNull());
+    QCOMPARE(manager.count(), 1);
+    QVERIFY(manager.startEditCard(card) && manager.finishEditCard(&card));
+    QCOMPARE(manager.readItem("TITL", card), QStringLiteral("a"));
+}
+
+void CloseProtocolTest::editOutlastsACloseAndAFailedOne()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    unsigned long card = addCard(manager, QStringLiteral("a"));
+    QVERIFY(manager.startEditCard(card) && manager.writeItem("TITL", "b"));
+    refuseClose = true;
+    QVERIFY(!manager.close());
+    QCOMPARE(privateOf(manager).keptWorkCard, quint16(0));
+    refuseClose = false;
+    QVERIFY(manager.close());
+    QVERIFY(!manager.finishEditCard(&card));
+    QVERIFY(manager.open(false));
+    QVERIFY(manager.finishEditCard(&card));
+    QCOMPARE(manager.readItem("TITL", card), QStringLiteral("b"));
 }
 
 void CloseProtocolTest::onlyOneOfTwoWaitingManagersReopens()
