@@ -9,16 +9,15 @@
 
 namespace {
 
-bool failsToDelete = false;
+bool isFull = false;
 
 } // namespace
 
-extern "C" PdtmStatus _CardAllDelete(uint32_t handle, uint8_t mask, uint8_t value, uint8_t third)
+extern "C" int DtmIsEnoughStorageForOperation(uint32_t handle, int operation)
 {
-    if (failsToDelete)
-        return PdtmOutOfSpace;
-    const auto next = reinterpret_cast<decltype(&_CardAllDelete)>(dlsym(RTLD_NEXT, "_CardAllDelete"));
-    return next(handle, mask, value, third);
+    const auto next = reinterpret_cast<decltype(&DtmIsEnoughStorageForOperation)>(
+        dlsym(RTLD_NEXT, "DtmIsEnoughStorageForOperation"));
+    return isFull ? 0 : next(handle, operation);
 }
 
 class BulkDeleteTest : public QObject
@@ -26,7 +25,7 @@ class BulkDeleteTest : public QObject
     Q_OBJECT
 private slots:
     void init();
-    void cleanup() { failsToDelete = false; }
+    void cleanup() { isFull = false; }
     void questionNamesTheNumber_data();
     void questionNamesTheNumber();
     void noDeletesNothing();
@@ -36,7 +35,7 @@ private slots:
     void undoLeavesOutARemovedCategory();
     void undoOfOneBringsItsCategoriesBack();
     void undoIsForTheLastDeletionOnly();
-    void failedDeletionKeepsTheCards();
+    void deletionWithoutRoomKeepsTheCards();
     void changedListIsNotDeleted();
     void emptyListHasNothingToDelete();
 
@@ -177,11 +176,11 @@ void BulkDeleteTest::undoIsForTheLastDeletionOnly()
     QCOMPARE(texts(*m_page, 0), QStringList{"Cid"});
 }
 
-void BulkDeleteTest::failedDeletionKeepsTheCards()
+void BulkDeleteTest::deletionWithoutRoomKeepsTheCards()
 {
     add("Ann", {m_club});
     add("Bob", {m_club});
-    failsToDelete = true;
+    isFull = true;
     MessageRobot robot({QMessageBox::Yes, QMessageBox::Ok});
     m_page->deleteShown();
     QCOMPARE(robot.boxes().size(), 2);

@@ -34,7 +34,7 @@ private slots:
 
 private:
     unsigned long add(const CardValues &values, const QList<int> &categories = {});
-    [[nodiscard]] QStringList found(const QString &text);
+    QStringList found(const QString &text);
     [[nodiscard]] QLineEdit *line() const { return m_page->findChild<QLineEdit *>("search"); }
 
     std::unique_ptr<CategoryTable> m_table;

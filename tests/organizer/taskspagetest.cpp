@@ -70,6 +70,7 @@ void TasksPageTest::init()
     m_page = std::make_unique<TasksPage>(m_table.get());
     m_page->resize(480, 640);
     m_page->show();
+    QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
 }
 
 /* A box to tick in the form. */
