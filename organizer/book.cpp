@@ -266,7 +266,8 @@ QList<unsigned long> Book::allCards() const
 QList<unsigned long> Book::shownCards() const
 {
     QList<unsigned long> cards;
-    for (int row = 0; row < count(); ++row)
+    const int rows = count();
+    for (int row = 0; row < rows; ++row)
         cards.append(cardAt(row));
     return cards;
 }

@@ -83,6 +83,7 @@ private slots:
     void otherTakesTheBoxAndThisOneTakesItBack();
     void searchAndCategoryAndOrderHoldBehindALoan();
     void otherViewsDoNotTouchThisOne();
+    void categoryViewIsRightAfterTheOtherReplacedItsIndex();
     void quickLoanIsSeen();
     void categoryMadeInTheOtherIsSeenHere();
     void categoryRenamedInTheOtherIsSeenHere();
@@ -205,6 +206,25 @@ void TwoOrganizersTest::otherViewsDoNotTouchThisOne()
         QTRY_VERIFY_WITH_TIMEOUT(contacts().book()->ask(), Patience);
         QTRY_COMPARE_WITH_TIMEOUT(texts(contacts(), 0), before, Patience);
     }
+}
+
+/* The other one takes over the index of this view, deletes it, and makes one of a search in its place. */
+void TwoOrganizersTest::categoryViewIsRightAfterTheOtherReplacedItsIndex()
+{
+    const int club = addCategory(*m_window->categories(), "Club");
+    add("Ann", {}, {club});
+    add("Bob", {}, {club});
+    add("Cid");
+    contacts().showCategory(club);
+    startOther();
+    QTRY_COMPARE_WITH_TIMEOUT(tell("ask"), QString("ours"), Patience);
+    QCOMPARE(tell("category Club"), QString("2 contacts: Ann Bob"));
+    tell("category All");
+    QCOMPARE(tell("search Cid"), QString("1 contact: Cid"));
+    QTRY_VERIFY_WITH_TIMEOUT(contacts().book()->ask(), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(texts(contacts(), 0), (QStringList{"Ann", "Bob"}), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(tell("ask"), QString("ours"), Patience);
+    QCOMPARE(tell("show"), QString("1 contact: Cid"));
 }
 
 /* The box is away and back before anybody looks. */
