@@ -105,8 +105,8 @@ QByteArray Book::codeOf(int field) const
     return QByteArray(m_kind.fields.itemInfo(field).code, 4);
 }
 
-/* Back to all cards. The index of a category isn't kept: while the box is lent, its file may become that of
- * another view. */
+/* Back to all cards. The index of a category isn't kept: a box has names for ten such indexes, which all
+ * applications share. */
 void Book::leaveView()
 {
     m_box->unfilter(true);

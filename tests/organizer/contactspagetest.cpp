@@ -119,6 +119,7 @@ private slots:
     void keysOfTheListDoNothingInTheForm();
     void newContactIsFiledUnderTheShownCategory();
     void lentBoxShowsItsLastPictureDisabled();
+    void loanBetweenTwoLooksIsSeen();
     void boxInUseAtTheStartIsTakenLater();
     void namesFollowTheirParts_data();
     void namesFollowTheirParts();
@@ -479,6 +480,24 @@ void ContactsPageTest::lentBoxShowsItsLastPictureDisabled()
     tellAll("openFile(QString,QString)");
     QTRY_VERIFY(list->isEnabled());
     QCOMPARE(names(page), QStringList{"相川 恵"});
+}
+
+/* Too short for the timer that looks at the box. */
+void ContactsPageTest::loanBetweenTwoLooksIsSeen()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    import(page, card("相川", "恵", "アイカワ", "メグミ"));
+    tellAll("closeFile(QString,QString)");
+    QTRY_VERIFY(!page.book()->isAvailable());
+    {
+        KyPDataBase other("F0:KYADRS.BOX", KyPDataBase::addressbookItems(), nullptr, false);
+        unsigned long added = 0;
+        QVERIFY(other.editNewCard() && other.writeField(AddressField::FullName, QString("new")) &&
+                other.finishEditCard(&added));
+    }
+    tellAll("openFile(QString,QString)");
+    QTRY_COMPARE(names(page), (QStringList{"new", "相川 恵"}));
 }
 
 void ContactsPageTest::boxInUseAtTheStartIsTakenLater()
