@@ -497,7 +497,7 @@ void ContactsPageTest::loanBetweenTwoLooksIsSeen()
                 other.finishEditCard(&added));
     }
     tellAll("openFile(QString,QString)");
-    QTRY_COMPARE(names(page), (QStringList{"new", "相川 恵"}));
+    QTRY_COMPARE_WITH_TIMEOUT(names(page), (QStringList{"new", "相川 恵"}), Patience);
 }
 
 void ContactsPageTest::boxInUseAtTheStartIsTakenLater()
