@@ -1,16 +1,13 @@
 #include "contactform.h"
 
 #include "addressfields.h"
+#include "categorychecklist.h"
 #include "contactnames.h"
 
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPlainTextEdit>
-#include <QPushButton>
 #include <QScrollArea>
-#include <QShortcut>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -78,28 +75,22 @@ constexpr FormField FormFields[] = {
 
 } // namespace
 
-ContactForm::ContactForm(ContactBook *book, QWidget *parent)
-    : QWidget(parent), m_book(book), m_tabs(new QTabWidget)
+ContactForm::ContactForm(Book *book, CategoryTable *table, QWidget *parent)
+    : CardForm(book, table,
+               {tr("Contacts"), tr("Type a name before you save the contact."),
+                tr("The contact could not be saved. The storage may be full."),
+                tr("The contacts are in use by another application. Try again in a moment.")},
+               parent),
+      m_tabs(new QTabWidget)
 {
     for (int tab = 0; tab < TabCount; ++tab)
-        addTab(m_tabs, tab);
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
-    connect(buttons, &QDialogButtonBox::accepted, this, &ContactForm::save);
-    connect(buttons, &QDialogButtonBox::rejected, this, &ContactForm::cancel);
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_tabs);
-    layout->addWidget(buttons);
-
-    auto addShortcut = [this](const QKeySequence &keys, void (ContactForm::*slot)()) {
-        auto *shortcut = new QShortcut(keys, this);
-        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
-        connect(shortcut, &QShortcut::activated, this, slot);
-    };
-    addShortcut(QKeySequence::Save, &ContactForm::save);
-    addShortcut(Qt::Key_Escape, &ContactForm::cancel);
+        addTab(tab);
+    m_tabs->addTab(categories(), tr("Categories"));
+    m_tabs->setUsesScrollButtons(true);
+    body()->addWidget(m_tabs);
 }
 
-void ContactForm::addTab(QTabWidget *tabs, int tab)
+void ContactForm::addTab(int tab)
 {
     auto *page = new QWidget;
     auto *form = new QFormLayout(page);
@@ -118,80 +109,31 @@ void ContactForm::addTab(QTabWidget *tabs, int tab)
     scroll->setWidget(page);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
-    tabs->addTab(scroll, tr(TabTitles[tab]));
+    m_tabs->addTab(scroll, tr(TabTitles[tab]));
 }
 
-void ContactForm::edit(unsigned long card)
+void ContactForm::show(const CardValues &values)
 {
-    m_card = card;
-    m_original = card == 0 ? ContactTexts() : m_book->texts(card);
     for (auto it = m_lines.begin(); it != m_lines.end(); ++it) {
-        it.value()->setText(m_original.value(it.key()));
+        it.value()->setText(values.value(it.key()).toString());
         it.value()->setCursorPosition(0);
     }
-    m_notes->setPlainText(m_original.value(AddressField::Notes));
+    m_notes->setPlainText(values.value(AddressField::Notes).toString());
     m_tabs->setCurrentIndex(NameTab);
     m_lines[AddressField::LastName]->setFocus();
 }
 
-QString ContactForm::shownText(int field) const
+CardValues ContactForm::shown() const
 {
-    return field == AddressField::Notes ? m_notes->toPlainText() : m_lines[field]->text().trimmed();
+    CardValues values;
+    for (auto it = m_lines.cbegin(); it != m_lines.cend(); ++it)
+        values.insert(it.key(), it.value()->text().trimmed());
+    values.insert(AddressField::Notes, m_notes->toPlainText());
+    return values;
 }
 
-ContactTexts ContactForm::changedTexts() const
+bool ContactForm::complete(CardValues &changed, const CardValues &original) const
 {
-    ContactTexts changed;
-    for (const FormField &entry : FormFields) {
-        const QString text = shownText(entry.field);
-        if (text != m_original.value(entry.field))
-            changed.insert(entry.field, text);
-    }
-    return changed;
-}
-
-bool ContactForm::isModified() const
-{
-    return !changedTexts().isEmpty();
-}
-
-void ContactForm::save()
-{
-    ContactTexts changed = changedTexts();
-    if (changed.isEmpty() && m_card != 0) {
-        emit saved(m_card);
-        return;
-    }
-    ContactNames::completeNames(changed, m_original);
-    if (changed.isEmpty()) {
-        QMessageBox::information(this, tr("Contacts"), tr("Type a name before you save the contact."));
-        return;
-    }
-    const bool gone = m_card != 0 && m_book->ask() && m_book->rowOf(m_card) < 0;
-    if (gone) {
-        // Another application deleted it meanwhile; what the user has before them is kept.
-        for (auto it = m_original.cbegin(); it != m_original.cend(); ++it) {
-            if (!changed.contains(it.key()))
-                changed.insert(it.key(), it.value());
-        }
-    }
-    const unsigned long card = m_book->save(gone ? 0 : m_card, changed);
-    if (card == 0) {
-        QMessageBox::warning(
-            this, tr("Contacts"),
-            m_book->isAvailable()
-                ? tr("The contact could not be saved. The storage may be full.")
-                : tr("The contacts are in use by another application. Try again in a moment."));
-        return;
-    }
-    emit saved(card);
-}
-
-void ContactForm::cancel()
-{
-    if (isModified() && QMessageBox::question(this, tr("Contacts"), tr("Discard what you changed?"),
-                                              QMessageBox::Discard | QMessageBox::Cancel,
-                                              QMessageBox::Cancel) != QMessageBox::Discard)
-        return;
-    emit cancelled();
+    ContactNames::completeNames(changed, original);
+    return !changed.isEmpty() || !original.isEmpty();
 }

@@ -1,6 +1,7 @@
 #include "contactimport.h"
 
 #include "addressfields.h"
+#include "categorytable.h"
 #include "contactnames.h"
 
 #include <QCryptographicHash>
@@ -14,18 +15,19 @@ constexpr int CardsPerAction = 100; // one synchronisation to disk each
 
 } // namespace
 
-ContactImport::ContactImport(ContactBook *book, QWidget *parent)
-    : QObject(parent), m_book(book), m_parent(parent)
+ContactImport::ContactImport(Book *book, CategoryTable *table, QWidget *parent)
+    : QObject(parent), m_book(book), m_table(table), m_parent(parent)
 {
 }
 
-QByteArray ContactImport::fingerprint(const ContactTexts &contact)
+/* Without the groups, which hold the categories that once had no room. */
+QByteArray ContactImport::fingerprint(const CardValues &contact)
 {
     QCryptographicHash hash(QCryptographicHash::Sha1);
     for (auto it = contact.cbegin(); it != contact.cend(); ++it) {
-        if (it->isEmpty())
-            continue;
-        hash.addData(QByteArray::number(it.key()) + '=' + it->toUtf8() + '\0');
+        const QString text = it->toString();
+        if (!text.isEmpty() && it.key() != AddressField::Groups)
+            hash.addData(QByteArray::number(it.key()) + '=' + text.toUtf8() + '\0');
     }
     return hash.result();
 }
@@ -33,42 +35,68 @@ QByteArray ContactImport::fingerprint(const ContactTexts &contact)
 void ContactImport::collectPresent()
 {
     m_present.clear();
-    for (int row = 0; row < m_book->count(); ++row)
-        m_present.insert(fingerprint(m_book->texts(m_book->cardAt(row))));
+    for (unsigned long card : m_book->allCards())
+        m_present.insert(fingerprint(m_book->values(card)));
 }
 
-/* The device-wide categories are not open to the import yet; their names are kept in the field for groups. */
-ContactTexts ContactImport::textsOf(const ContactFields &fields)
+/* The id of a category, made when it is missing; 0 when there is no room for it. */
+int ContactImport::categoryOf(const QString &name)
 {
-    ContactTexts texts = fields.values;
-    if (!fields.categories.isEmpty() && !texts.contains(AddressField::Groups))
-        texts.insert(AddressField::Groups, fields.categories.join(QLatin1String(", ")));
-    ContactNames::completeNames(texts, texts);
-    return texts;
+    const int present = m_table->id(name);
+    if (present != 0 || m_unplaced.contains(name))
+        return present;
+    if (!m_table->add(name).isEmpty())
+        m_unplaced.insert(name);
+    return m_table->id(name);
+}
+
+CardValues ContactImport::valuesOf(const ContactFields &fields)
+{
+    CardValues values;
+    for (auto it = fields.values.cbegin(); it != fields.values.cend(); ++it)
+        values.insert(it.key(), it.value());
+    ContactNames::completeNames(values, values);
+    return values;
+}
+
+void ContactImport::file(Card &card, const QStringList &categories)
+{
+    QStringList unplaced;
+    for (const QString &name : categories) {
+        const int category = categoryOf(name);
+        if (category != 0)
+            card.categories.append(category);
+        else
+            unplaced.append(name);
+    }
+    if (!unplaced.isEmpty() && !card.values.contains(AddressField::Groups))
+        card.values.insert(AddressField::Groups, unplaced.join(QLatin1String(", ")));
 }
 
 bool ContactImport::saveBatch()
 {
     if (m_batch.isEmpty())
         return true;
-    if (!m_book->addAll(m_batch))
+    if (m_book->addAll(m_batch) == 0)
         return false;
     m_saved += static_cast<int>(m_batch.size());
     m_batch.clear();
     return true;
 }
 
-/* Takes one contact; false when the box doesn't take any more. */
+/* Takes one contact; false when the box doesn't take any more. Its categories are made here, since that handles
+ * events, and no event may come into the transaction of a batch. */
 bool ContactImport::take(const ContactFields &fields)
 {
-    const ContactTexts texts = textsOf(fields);
-    const QByteArray print = fingerprint(texts);
+    Card card{valuesOf(fields), {}};
+    const QByteArray print = fingerprint(card.values);
     if (m_present.contains(print)) {
         ++m_doubles;
         return true;
     }
     m_present.insert(print);
-    m_batch.append(texts);
+    file(card, fields.categories);
+    m_batch.append(card);
     return m_batch.size() < CardsPerAction || saveBatch();
 }
 

@@ -45,16 +45,17 @@ QString fullReading(const Text &text)
 
 } // namespace
 
-void ContactNames::completeNames(ContactTexts &changed, const ContactTexts &original)
+void ContactNames::completeNames(CardValues &changed, const CardValues &original)
 {
     const Text after = [&changed, &original](int field) {
-        return changed.contains(field) ? changed.value(field) : original.value(field);
+        return changed.contains(field) ? changed.value(field).toString()
+                                       : original.value(field).toString();
     };
-    const Text before = [&original](int field) { return original.value(field); };
+    const Text before = [&original](int field) { return original.value(field).toString(); };
     const auto complete = [&](int field, QString (*compose)(const Text &)) {
         const QString text = compose(after);
-        const bool isStale = text != compose(before) || original.value(field).isEmpty();
-        if (isStale && text != original.value(field))
+        const bool isStale = text != compose(before) || before(field).isEmpty();
+        if (isStale && text != before(field))
             changed.insert(field, text);
     };
     complete(AddressField::FullName, fullName);

@@ -1,12 +1,15 @@
+#include "categorytable.h"
 #include "contactimport.h"
 #include "contactspage.h"
 #include "mainwindow.h"
 #include "qpeapplication.h"
+#include "samples.h"
 #include "tour.h"
 
 #include <cstdio>
 #include <optional>
 #include <QCommandLineParser>
+#include <QMessageBox>
 #include <QTimer>
 
 namespace {
@@ -16,6 +19,7 @@ struct Options
     QString name;
     QString import;
     QString tour;
+    bool sample = false;
     QSize screen{480, 640};
 };
 
@@ -32,7 +36,7 @@ Options parseOptions(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("The Organizer: your contacts, held in a box of records."));
+        QStringLiteral("The Organizer: your contacts, tasks and memos, held in boxes of records."));
     parser.addHelpOption();
     parser.addOptions(
         {{QStringLiteral("name"), QStringLiteral("Run as an application of this name."),
@@ -40,6 +44,7 @@ Options parseOptions(const QStringList &arguments)
          {QStringLiteral("import"), QStringLiteral("Import a vCard file."), QStringLiteral("file")},
          {QStringLiteral("tour"), QStringLiteral("Write a picture of every page and end."),
           QStringLiteral("folder")},
+         {QStringLiteral("sample"), QStringLiteral("Fill empty boxes with samples.")},
          {QStringLiteral("screen"), QStringLiteral("Size of the screen."), QStringLiteral("WxH"),
           QStringLiteral("480x640")}});
     parser.process(arguments);
@@ -49,7 +54,35 @@ Options parseOptions(const QStringList &arguments)
         std::exit(2);
     }
     return {parser.value(QStringLiteral("name")), parser.value(QStringLiteral("import")),
-            parser.value(QStringLiteral("tour")), *screen};
+            parser.value(QStringLiteral("tour")), parser.isSet(QStringLiteral("sample")), *screen};
+}
+
+/* The pages with what the options bring along, as pictures. */
+int runTour(const Options &options)
+{
+    MainWindow window;
+    window.resize(options.screen);
+    if (!options.import.isEmpty()) {
+        ContactImport import(window.contacts()->book(), window.categories(), nullptr);
+        std::printf("import: %s\n", qUtf8Printable(import.run(options.import)));
+    }
+    const bool hasSamples = !options.sample || addSamples(window);
+    return takeTour(window, options.tour) && hasSamples ? 0 : 1;
+}
+
+int run(const Options &options)
+{
+    MainWindow window;
+    window.resize(options.screen);
+    window.show();
+    QTimer::singleShot(0, &window, [&] {
+        if (options.sample && !addSamples(window))
+            QMessageBox::warning(&window, MainWindow::tr("Organizer"),
+                                 MainWindow::tr("The samples could not be saved."));
+        if (!options.import.isEmpty())
+            window.contacts()->importFrom(options.import);
+    });
+    return QPEApplication::exec();
 }
 
 } // namespace
@@ -61,18 +94,11 @@ int main(int argc, char **argv)
     QPEApplication application(argc, argv);
     const Options options = parseOptions(arguments);
     application.setName(options.name.toUtf8());
-
-    MainWindow window;
-    window.resize(options.screen);
-    if (!options.tour.isEmpty()) {
-        if (!options.import.isEmpty()) {
-            const QString report = ContactImport(window.contacts()->book(), nullptr).run(options.import);
-            std::printf("import: %s\n", qUtf8Printable(report));
-        }
-        return takeTour(window, options.tour) ? 0 : 1;
+    if (!options.tour.isEmpty())
+        return runTour(options);
+    if (!application.isFirst()) {
+        QPEApplication::raiseRunning(options.name.toUtf8());
+        return 0;
     }
-    window.show();
-    if (!options.import.isEmpty())
-        QTimer::singleShot(0, &window, [&] { window.contacts()->importFrom(options.import); });
-    return QPEApplication::exec();
+    return run(options);
 }

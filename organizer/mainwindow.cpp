@@ -1,21 +1,51 @@
 #include "mainwindow.h"
 
+#include "categorytable.h"
 #include "contactspage.h"
+#include "memospage.h"
 #include "resource.h"
+#include "taskspage.h"
 
 #include <QEvent>
+#include <QShortcut>
+#include <QTabWidget>
 
-MainWindow::MainWindow() : m_contacts(new ContactsPage)
+MainWindow::MainWindow()
+    : m_categories(new CategoryTable(this)), m_contacts(new ContactsPage(m_categories)),
+      m_tasks(new TasksPage(m_categories)), m_memos(new MemosPage(m_categories)), m_pages(new QTabWidget)
 {
     setWindowTitle(tr("Organizer"));
     setWindowIcon(QIcon(Resource::loadPixmap(QStringLiteral("contacts"))));
-    setCentralWidget(m_contacts);
+    m_pages->setTabPosition(QTabWidget::South);
+    m_pages->setDocumentMode(true);
+    addPage(m_contacts, "contacts", tr("Contacts"));
+    addPage(m_tasks, "tasks", tr("Tasks"));
+    addPage(m_memos, "memos", tr("Memos"));
+    connect(m_pages, &QTabWidget::currentChanged, this, &MainWindow::askForBox);
+    setCentralWidget(m_pages);
 }
 
-/* The window that gets the focus asks for the boxes of its pages. */
+void MainWindow::addPage(CardsPage *page, const char *icon, const QString &title)
+{
+    const int index = m_pages->addTab(page, QIcon(Resource::loadPixmap(QLatin1String(icon))), title);
+    auto *shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + index)), this);
+    connect(shortcut, &QShortcut::activated, this, [=, this] { showPage(page); });
+}
+
+void MainWindow::showPage(CardsPage *page)
+{
+    m_pages->setCurrentWidget(page);
+}
+
+/* The page that the user sees asks for its box; the others may stay lent. */
+void MainWindow::askForBox()
+{
+    qobject_cast<CardsPage *>(m_pages->currentWidget())->book()->ask();
+}
+
 void MainWindow::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        m_contacts->book()->ask();
+        askForBox();
     QMainWindow::changeEvent(event);
 }

@@ -1,7 +1,12 @@
 #include "tour.h"
 
+#include "cardform.h"
+#include "categoriesdialog.h"
+#include "categorytable.h"
 #include "contactspage.h"
 #include "mainwindow.h"
+#include "memospage.h"
+#include "taskspage.h"
 
 #include <cstdio>
 #include <QApplication>
@@ -10,31 +15,82 @@
 
 namespace {
 
-bool show(MainWindow &window, const QString &folder, const QString &page, const QString &summary)
+class Tour
 {
-    QApplication::processEvents();
-    const QString file = QDir(folder).filePath(page + QLatin1String(".png"));
-    const bool written = window.grab().save(file);
-    std::printf("%s: %s\n", qPrintable(page), qUtf8Printable(written ? summary : "can't write " + file));
-    std::fflush(stdout);
-    return written;
-}
+public:
+    Tour(MainWindow &window, const QString &folder) : m_window(window), m_folder(folder) {}
+
+    [[nodiscard]] bool isComplete() const { return m_isComplete; }
+
+    void take()
+    {
+        QDir().mkpath(m_folder);
+        m_window.show();
+        showContacts();
+        showPage(m_window.tasks(), QStringLiteral("tasks"), QStringLiteral("task"));
+        showPage(m_window.memos(), QStringLiteral("memos"), QStringLiteral("memo"));
+        showCategories();
+    }
+
+private:
+    void picture(QWidget &widget, const QString &name, const QString &summary)
+    {
+        QApplication::processEvents();
+        const QString file = QDir(m_folder).filePath(name + QLatin1String(".png"));
+        const bool written = widget.grab().save(file);
+        std::printf("%s: %s\n", qPrintable(name), qUtf8Printable(written ? summary : "can't write " + file));
+        std::fflush(stdout);
+        m_isComplete = m_isComplete && written;
+    }
+
+    void showContacts()
+    {
+        ContactsPage *contacts = m_window.contacts();
+        showPage(contacts, QStringLiteral("contacts"), QStringLiteral("contact"));
+        contacts->selectRow(contacts->book()->count() / 2);
+        picture(m_window, QStringLiteral("contacts-middle"), contacts->summary());
+        contacts->search(QStringLiteral("example.jp"));
+        picture(m_window, QStringLiteral("contacts-search"), contacts->summary());
+        contacts->search(QString());
+    }
+
+    /* The list, the list of a category that has something in it, and the form. */
+    void showPage(CardsPage *page, const QString &name, const QString &form)
+    {
+        m_window.showPage(page);
+        page->selectRow(1);
+        picture(m_window, name, page->summary());
+        for (const CategoryEntry &entry : m_window.categories()->entries()) {
+            page->showCategory(entry.id);
+            if (page->book()->count() == 0)
+                continue;
+            picture(m_window, name + QLatin1String("-category"), entry.name + ": " + page->summary());
+            break;
+        }
+        page->showCategory(0);
+        page->editCard();
+        picture(m_window, form, QStringLiteral("the form of the selected card"));
+        page->showList();
+    }
+
+    void showCategories()
+    {
+        CategoriesDialog dialog(m_window.categories(), &m_window);
+        dialog.show();
+        picture(dialog, QStringLiteral("categories"),
+                QStringLiteral("%1 categories").arg(m_window.categories()->entries().size()));
+    }
+
+    MainWindow &m_window;
+    QString m_folder;
+    bool m_isComplete = true;
+};
 
 } // namespace
 
 bool takeTour(MainWindow &window, const QString &folder)
 {
-    QDir().mkpath(folder);
-    window.show();
-    ContactsPage *contacts = window.contacts();
-    contacts->selectRow(0);
-    bool written = show(window, folder, QStringLiteral("contacts"), contacts->summary());
-    contacts->selectRow(contacts->book()->count() / 2);
-    written = show(window, folder, QStringLiteral("contacts-middle"), contacts->summary()) && written;
-    contacts->editContact();
-    written =
-        show(window, folder, QStringLiteral("contact"), QStringLiteral("the form of the selected contact")) &&
-        written;
-    contacts->showList();
-    return written;
+    Tour tour(window, folder);
+    tour.take();
+    return tour.isComplete();
 }

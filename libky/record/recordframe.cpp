@@ -11,8 +11,10 @@ namespace {
 bool finishRecord(KyPDataBase &db, unsigned long *card)
 {
     unsigned long written = *card;
-    if (!db.finishEditCard(&written))
+    if (!db.finishEditCard(&written)) {
+        db.cancelEditCard(); // of a lent box: the caller still has the record, and writes it again
         return false;
+    }
     *card = written;
     return true;
 }

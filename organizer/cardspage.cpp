@@ -1,0 +1,359 @@
+#include "cardspage.h"
+
+#include "cardform.h"
+#include "cardlist.h"
+#include "categoriesdialog.h"
+#include "categorytable.h"
+#include "resource.h"
+#include "searchline.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTextBrowser>
+#include <QToolBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+CardsPage::CardsPage(const BoxKind &kind, CategoryTable *table, PageWords words, QWidget *parent)
+    : QWidget(parent), m_words(std::move(words)), m_table(table), m_book(new Book(kind, this)),
+      m_stack(new QStackedWidget), m_menu(new QMenu(this))
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_stack);
+}
+
+void CardsPage::begin(const QList<CardColumn> &columns, int nameColumn, CardForm *form)
+{
+    m_model = new CardsModel(m_book, columns, this);
+    m_nameColumn = nameColumn;
+    m_form = form;
+    m_stack->addWidget(makeList());
+    m_stack->addWidget(m_form);
+
+    connect(m_book, &Book::availableChanged, this, &CardsPage::updateState);
+    connect(m_model, &QAbstractItemModel::modelReset, this, [this] { showCard(m_card); });
+    connect(m_table, &CategoryTable::changed, this, &CardsPage::categoriesChanged);
+    connect(m_form, &CardForm::saved, this, [this](unsigned long card) {
+        closeForm();
+        showCard(card);
+    });
+    connect(m_form, &CardForm::cancelled, this, &CardsPage::closeForm);
+    fillCategories();
+    updateState();
+    selectRow(0);
+}
+
+QWidget *CardsPage::makeList()
+{
+    auto *page = new QWidget;
+    auto *bar = new QToolBar;
+    bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    addActions(page, bar);
+
+    m_list = new CardList(m_model);
+    connect(m_list, &QTreeView::activated, this, &CardsPage::editCard);
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this, &CardsPage::showSelected);
+    connect(m_list, &CardList::orderWanted, m_book, &Book::setOrder);
+
+    m_details = new QTextBrowser;
+    m_details->setOpenLinks(false);
+    auto *splitter = new QSplitter(Qt::Vertical);
+    splitter->addWidget(m_list);
+    splitter->addWidget(m_details);
+    splitter->setStretchFactor(0, 3);
+    splitter->setStretchFactor(1, 2);
+    splitter->setChildrenCollapsible(false);
+
+    m_state = new QLabel;
+    m_state->setContentsMargins(6, 2, 6, 2);
+    auto *layout = new QVBoxLayout(page);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(bar);
+    layout->addWidget(makeChoosers());
+    layout->addWidget(splitter, 1);
+    layout->addWidget(m_state);
+    return page;
+}
+
+QWidget *CardsPage::makeChoosers()
+{
+    m_chooser = new QComboBox;
+    m_chooser->setObjectName(QStringLiteral("category"));
+    m_chooser->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_chooser->setMinimumContentsLength(12);
+    connect(m_chooser, &QComboBox::activated, this,
+            [this] { showCategory(m_chooser->currentData().toInt()); });
+    m_search = new SearchLine;
+    m_search->setObjectName(QStringLiteral("search"));
+    connect(m_search, &SearchLine::searched, this, [this](const QString &text) {
+        m_book->ask();
+        m_book->setSearch(text);
+    });
+    auto *find = new QShortcut(QKeySequence::Find, this);
+    find->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(find, &QShortcut::activated, m_search, [this] { m_search->setFocus(); });
+
+    auto *line = new QWidget;
+    auto *layout = new QHBoxLayout(line);
+    layout->setContentsMargins(6, 2, 6, 4);
+    layout->addWidget(m_chooser, 2);
+    layout->addWidget(m_search, 3);
+    return line;
+}
+
+void CardsPage::addActions(QWidget *page, QToolBar *bar)
+{
+    const auto make = [&](const QString &text, const char *icon, const QKeySequence &keys,
+                          void (CardsPage::*slot)()) {
+        auto *action = new QAction(QIcon(Resource::loadPixmap(icon)), text, this);
+        action->setShortcut(keys);
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        connect(action, &QAction::triggered, this, slot);
+        page->addAction(action); // not in the form, where Delete and Undo mean something else
+        return action;
+    };
+    bar->addAction(make(tr("New"), "new", QKeySequence::New, &CardsPage::newCard));
+    bar->addAction(m_edit = make(tr("Edit"), "edit", Qt::Key_F2, &CardsPage::editCard));
+    bar->addAction(m_delete = make(tr("Delete"), "delete", QKeySequence::Delete, &CardsPage::deleteCard));
+    bar->addAction(m_undo = make(tr("Undo"), "undo", QKeySequence::Undo, &CardsPage::undoDelete));
+    m_deleteShown = make(tr("Delete all shown..."), "delete", {}, &CardsPage::deleteShown);
+    m_menu->addAction(m_deleteShown);
+    m_menu->addAction(make(tr("Categories..."), "category", {}, &CardsPage::showCategories));
+
+    auto *more = new QToolButton;
+    more->setText(tr("More"));
+    more->setMenu(m_menu);
+    more->setPopupMode(QToolButton::InstantPopup);
+    more->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    bar->addWidget(more);
+}
+
+void CardsPage::fillCategories()
+{
+    m_chooser->clear();
+    m_chooser->addItem(tr("All"), 0);
+    for (const CategoryEntry &entry : m_table->entries())
+        m_chooser->addItem(entry.name, entry.id);
+    m_chooser->addItem(m_table->name(UnfiledCategoryId), UnfiledCategoryId);
+    m_chooser->setCurrentIndex(m_chooser->findData(m_book->view().category));
+}
+
+/* A category that was shown and is gone leaves all cards. */
+void CardsPage::categoriesChanged()
+{
+    const int category = m_book->view().category;
+    if (category != 0 && m_table->name(category).isNull())
+        m_book->setCategory(0);
+    else
+        m_book->refresh();
+    fillCategories();
+}
+
+void CardsPage::showCategory(int category)
+{
+    m_book->ask();
+    m_book->setCategory(category);
+    m_chooser->setCurrentIndex(m_chooser->findData(category));
+}
+
+void CardsPage::search(const QString &text)
+{
+    m_search->setText(text);
+    m_search->flush();
+}
+
+unsigned long CardsPage::selectedCard() const
+{
+    const QModelIndex current = m_list->currentIndex();
+    return current.isValid() && m_book->isAvailable() ? m_book->cardAt(current.row()) : 0;
+}
+
+void CardsPage::selectRow(int row)
+{
+    m_list->setCurrentIndex(m_model->index(row, m_nameColumn));
+    m_list->scrollTo(m_list->currentIndex(), QAbstractItemView::PositionAtCenter);
+}
+
+/* Shows the card where it stands now, else the first one. */
+void CardsPage::showCard(unsigned long card)
+{
+    const int row = m_book->rowOf(card);
+    selectRow(row < 0 ? 0 : row);
+    showSelected();
+}
+
+void CardsPage::showSelected()
+{
+    if (m_book->isAvailable())
+        m_card = selectedCard();
+    if (m_card == 0)
+        m_details->clear();
+    else if (m_book->isAvailable())
+        m_details->setHtml(htmlOf(m_card));
+    updateState();
+}
+
+QString CardsPage::htmlOf(unsigned long card) const
+{
+    CardDetails details = detailsOf(card);
+    const QString categories = m_table->names(m_book->categories(card));
+    if (!categories.isEmpty())
+        details.rows.append({tr("categories"), categories});
+    QString rows;
+    for (const auto &[name, text] : details.rows) {
+        rows += QStringLiteral("<tr><td style='color:gray; padding-right:8px'>%1</td><td>%2</td></tr>")
+                    .arg(name.toHtmlEscaped(),
+                         text.toHtmlEscaped().replace(QLatin1Char('\n'), QLatin1String("<br>")));
+    }
+    return QStringLiteral("<div style='font-size:large; font-weight:bold'>%1</div>"
+                          "<div style='color:gray'>%2</div><table style='margin-top:6px'>%3</table>")
+        .arg(details.heading.toHtmlEscaped(), details.subheading.toHtmlEscaped(), rows);
+}
+
+QString CardsPage::stateText() const
+{
+    if (!m_book->isAvailable())
+        return tr("In use by another application");
+    const bool isFruitless = m_book->count() == 0 && !m_book->view().search.isEmpty();
+    return isFruitless ? tr("No match") : m_words.counted(m_book->count());
+}
+
+void CardsPage::updateState()
+{
+    const bool available = m_book->isAvailable();
+    const bool selected = available && m_card != 0;
+    m_list->setEnabled(available);
+    m_edit->setEnabled(selected);
+    m_delete->setEnabled(selected);
+    m_deleteShown->setEnabled(available && m_book->count() > 0);
+    m_undo->setEnabled(!m_deleted.isEmpty());
+    m_state->setText(stateText());
+    m_list->setPlaceholder(m_book->view().isWhole() ? m_words.none : m_state->text());
+}
+
+QString CardsPage::summary() const
+{
+    QStringList names;
+    for (QModelIndex row = m_list->indexAt({0, 0}); row.isValid() && names.size() < 5;
+         row = m_list->indexBelow(row))
+        names.append(m_model->index(row.row(), m_nameColumn).data().toString());
+    return names.isEmpty() ? m_state->text()
+                           : QStringLiteral("%1, from %2").arg(m_state->text(), names.join(u", "));
+}
+
+void CardsPage::closeForm()
+{
+    m_stack->setCurrentIndex(0);
+    m_list->setFocus();
+}
+
+void CardsPage::newCard()
+{
+    const int category = m_book->view().category;
+    m_form->edit(0, category == UnfiledCategoryId ? 0 : category);
+    m_stack->setCurrentWidget(m_form);
+}
+
+void CardsPage::editCard()
+{
+    m_search->flush();
+    if (!m_book->ask() || m_card == 0)
+        return;
+    m_form->edit(m_card);
+    m_stack->setCurrentWidget(m_form);
+}
+
+void CardsPage::showList()
+{
+    if (m_stack->currentWidget() == m_form)
+        m_form->cancel();
+}
+
+void CardsPage::showCategories()
+{
+    CategoriesDialog(m_table, this).exec();
+}
+
+void CardsPage::deleteCard()
+{
+    m_search->flush();
+    if (!m_book->ask() || m_card == 0)
+        return;
+    const unsigned long card = m_card;
+    const Card contents = m_book->card(card);
+    if (QMessageBox::question(this, m_words.title, tr("Delete %1?").arg(detailsOf(card).heading),
+                              QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes)
+        return;
+    const std::optional<unsigned long> neighbour = m_book->remove(card);
+    if (!neighbour) {
+        QMessageBox::warning(this, m_words.title, tr("This could not be deleted."));
+        return;
+    }
+    m_deleted = {contents};
+    showCard(*neighbour);
+}
+
+QString CardsPage::deleteQuestion() const
+{
+    const QString question = tr("Delete %1?").arg(m_words.counted(m_book->count()));
+    return m_book->view().isWhole() ? question + QLatin1Char('\n') + tr("That is all there is.") : question;
+}
+
+/* What goes is what the question counted: another application may have had the box meanwhile. */
+void CardsPage::deleteShown()
+{
+    m_search->flush();
+    if (!m_book->ask() || m_book->count() == 0)
+        return;
+    const QList<unsigned long> counted = m_book->shownCards();
+    if (QMessageBox::question(this, m_words.title, deleteQuestion(), QMessageBox::Yes | QMessageBox::No,
+                              QMessageBox::No) != QMessageBox::Yes)
+        return;
+    if (!m_book->ask() || m_book->shownCards() != counted) {
+        QMessageBox::information(this, m_words.title,
+                                 tr("The list has changed meanwhile. Nothing was deleted."));
+        return;
+    }
+    removeShown(counted);
+}
+
+void CardsPage::removeShown(const QList<unsigned long> &ids)
+{
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    QList<Card> cards;
+    for (unsigned long card : ids)
+        cards.append(m_book->card(card));
+    const bool removed = m_book->removeShown();
+    QApplication::restoreOverrideCursor();
+    if (!removed) {
+        QMessageBox::warning(this, m_words.title, tr("These could not be deleted."));
+        return;
+    }
+    m_deleted = cards;
+    updateState();
+}
+
+void CardsPage::undoDelete()
+{
+    if (m_deleted.isEmpty())
+        return;
+    QList<Card> cards = m_deleted;
+    for (Card &card : cards)
+        card.categories = m_table->known(card.categories);
+    const unsigned long first = m_book->addAll(cards);
+    if (first == 0) {
+        QMessageBox::warning(this, m_words.title, tr("What was deleted could not be brought back."));
+        return;
+    }
+    m_deleted.clear();
+    showCard(first);
+}

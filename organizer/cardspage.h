@@ -1,0 +1,118 @@
+#ifndef CARDSPAGE_H
+#define CARDSPAGE_H
+
+#include "cardsmodel.h"
+#include "book.h"
+
+#include <QWidget>
+
+class CardForm;
+class CardList;
+class CategoryTable;
+class QAction;
+class QComboBox;
+class QLabel;
+class QMenu;
+class QStackedWidget;
+class QTextBrowser;
+class QToolBar;
+class SearchLine;
+
+/** What is known of a card, for people. */
+struct CardDetails
+{
+    QString heading;
+    QString subheading;
+    QList<QPair<QString, QString>> rows; ///< name and text
+};
+
+/** The texts of a page that depend on what it is for. */
+struct PageWords
+{
+    QString title;
+    QString none;               ///< shown in an empty box
+    QString (*counted)(int n);  ///< such as "12 contacts"
+};
+
+/**
+ * A page over one box: its cards as a list with a chooser of categories and a search, what is known of the
+ * selected one, and the form. A subclass gives the columns, the details and the form, and calls begin().
+ */
+class CardsPage : public QWidget
+{
+    Q_OBJECT
+public:
+    [[nodiscard]] Book *book() const { return m_book; }
+    /** Selects a row of the list and shows it. */
+    void selectRow(int row);
+    /** Shows a category, 0 for all cards. */
+    void showCategory(int category);
+    /** Searches as if the text had been typed, without the pause. */
+    void search(const QString &text);
+    /** What the list shows, in a line: how many cards, and the names at the top of its window. */
+    [[nodiscard]] QString summary() const;
+
+public slots:
+    void newCard();
+    void editCard();
+    /** Asks, then deletes; the deletion can be undone until the next one. */
+    void deleteCard();
+    /** Asks with the number, then deletes all cards that are shown; can be undone as well. */
+    void deleteShown();
+    /** Brings back what was deleted last, all of it or nothing. */
+    void undoDelete();
+    /** Leaves the form, asking about what isn't saved. */
+    void showList();
+    void showCategories();
+
+protected:
+    CardsPage(const BoxKind &kind, CategoryTable *table, PageWords words, QWidget *parent);
+
+    /** Builds the page. @param nameColumn the column that summary() goes by */
+    void begin(const QList<CardColumn> &columns, int nameColumn, CardForm *form);
+    [[nodiscard]] virtual CardDetails detailsOf(unsigned long card) const = 0;
+    [[nodiscard]] CategoryTable *categories() const { return m_table; }
+    /** The menu of what is seldom needed. */
+    [[nodiscard]] QMenu *menu() const { return m_menu; }
+    [[nodiscard]] CardList *list() const { return m_list; }
+    [[nodiscard]] CardsModel *model() const { return m_model; }
+    [[nodiscard]] unsigned long currentCard() const { return m_card; }
+
+private:
+    void addActions(QWidget *page, QToolBar *bar);
+    QWidget *makeList();
+    QWidget *makeChoosers();
+    void fillCategories();
+    void categoriesChanged();
+    void showSelected();
+    void updateState();
+    void showCard(unsigned long card);
+    void closeForm();
+    void removeShown(const QList<unsigned long> &ids);
+    [[nodiscard]] unsigned long selectedCard() const;
+    [[nodiscard]] QString htmlOf(unsigned long card) const;
+    [[nodiscard]] QString deleteQuestion() const;
+    [[nodiscard]] QString stateText() const;
+
+    PageWords m_words;
+    CategoryTable *m_table;
+    Book *m_book;
+    CardsModel *m_model = nullptr;
+    int m_nameColumn = 0;
+    QStackedWidget *m_stack;
+    QComboBox *m_chooser = nullptr;
+    SearchLine *m_search = nullptr;
+    CardList *m_list = nullptr;
+    QTextBrowser *m_details = nullptr;
+    QLabel *m_state = nullptr;
+    CardForm *m_form = nullptr;
+    QMenu *m_menu;
+    QAction *m_edit = nullptr;
+    QAction *m_delete = nullptr;
+    QAction *m_deleteShown = nullptr;
+    QAction *m_undo = nullptr;
+    QList<Card> m_deleted;
+    unsigned long m_card = 0; ///< the selected card; survives a change of the list
+};
+
+#endif

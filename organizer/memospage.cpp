@@ -1,0 +1,40 @@
+#include "memospage.h"
+
+#include "memoform.h"
+
+namespace {
+
+QString counted(int memos)
+{
+    return memos == 1 ? MemosPage::tr("1 memo") : MemosPage::tr("%1 memos").arg(memos);
+}
+
+} // namespace
+
+MemosPage::MemosPage(CategoryTable *table, QWidget *parent)
+    : CardsPage(BoxKind::memos(), table, {tr("Memos"), tr("No memos yet"), counted}, parent)
+{
+    begin({{tr("Title"), 0, 46, [this](unsigned long card) { return titleOf(card); }},
+           {tr("Changed"), MemoField::ChangeTime, 18, [this](unsigned long card) { return changeOf(card); }}},
+          0, new MemoForm(book(), table));
+}
+
+/* A memo that was made elsewhere may have no title. */
+QString MemosPage::titleOf(unsigned long card) const
+{
+    const QString title = book()->text(card, MemoField::Title);
+    return title.isEmpty() ? book()->text(card, MemoField::Contents).section(QLatin1Char('\n'), 0, 0) : title;
+}
+
+QString MemosPage::changeOf(unsigned long card) const
+{
+    const QDateTime time = book()->value(card, MemoField::ChangeTime).toDateTime();
+    return time.isValid() ? time.toString(QStringLiteral("yyyy-MM-dd HH:mm")) : QString();
+}
+
+CardDetails MemosPage::detailsOf(unsigned long card) const
+{
+    return {titleOf(card),
+            changeOf(card),
+            {{book()->fields().itemInfo(MemoField::Contents).label, book()->text(card, MemoField::Contents)}}};
+}

@@ -1,0 +1,79 @@
+#include "taskspage.h"
+
+#include "cardlist.h"
+#include "taskform.h"
+
+#include <QMessageBox>
+#include <QShortcut>
+
+namespace {
+
+QString counted(int tasks)
+{
+    return tasks == 1 ? TasksPage::tr("1 task") : TasksPage::tr("%1 tasks").arg(tasks);
+}
+
+enum Column { DoneColumn, DescriptionColumn };
+
+} // namespace
+
+TasksPage::TasksPage(CategoryTable *table, QWidget *parent)
+    : CardsPage(BoxKind::tasks(), table, {tr("Tasks"), tr("Nothing to do"), counted}, parent)
+{
+    const auto done = [this](unsigned long card) { return QString(isDone(card) ? "x" : ""); };
+    const auto description = [this](unsigned long card) { return detailsOf(card).heading; };
+    const auto priority = [this](unsigned long card) {
+        return book()->value(card, TaskField::Priority).toString();
+    };
+    const auto due = [this](unsigned long card) { return dateText(card, TaskField::DueDate); };
+    begin({{tr("Done"), TaskField::State, 7, done, true},
+           {tr("Description"), TaskField::Description, 36, description},
+           {tr("Priority"), TaskField::Priority, 10, priority},
+           {tr("Due"), 0, 12, due}},
+          DescriptionColumn, new TaskForm(book(), table));
+    // Later: the list is in the middle of a click, and the change makes it anew.
+    connect(model(), &CardsModel::ticked, this, &TasksPage::setDone, Qt::QueuedConnection);
+    auto *space = new QShortcut(Qt::Key_Space, list());
+    space->setContext(Qt::WidgetShortcut);
+    connect(space, &QShortcut::activated, this, &TasksPage::turnCurrent);
+}
+
+bool TasksPage::isDone(unsigned long card) const
+{
+    return book()->value(card, TaskField::State).toInt() != TaskState::Open;
+}
+
+QString TasksPage::dateText(unsigned long card, int field) const
+{
+    const QDate date = book()->value(card, field).toDate();
+    return date.isValid() ? date.toString(Qt::ISODate) : QString();
+}
+
+CardDetails TasksPage::detailsOf(unsigned long card) const
+{
+    const QString notes = book()->text(card, TaskField::Notes);
+    const QString description = book()->text(card, TaskField::Description);
+    CardDetails details{description.isEmpty() ? notes.section(QLatin1Char('\n'), 0, 0) : description, {}, {}};
+    const auto add = [&](int field, const QString &text) {
+        if (!text.isEmpty())
+            details.rows.append({book()->fields().itemInfo(field).label, text});
+    };
+    const QVariant priority = book()->value(card, TaskField::Priority);
+    add(TaskField::DueDate, dateText(card, TaskField::DueDate));
+    add(TaskField::Priority, priority.isNull() ? QString() : TaskForm::priorityText(priority.toInt()));
+    add(TaskField::FinishDate, dateText(card, TaskField::FinishDate));
+    add(TaskField::Notes, notes);
+    return details;
+}
+
+void TasksPage::setDone(unsigned long card, bool isDone)
+{
+    if (book()->save(card, TaskForm::stateValues(isDone)) == 0)
+        QMessageBox::warning(this, tr("Tasks"), tr("The task could not be changed."));
+}
+
+void TasksPage::turnCurrent()
+{
+    if (book()->ask() && currentCard() != 0)
+        setDone(currentCard(), !isDone(currentCard()));
+}

@@ -1,0 +1,137 @@
+#include "mainwindow.h"
+
+#include "contactspage.h"
+#include "memospage.h"
+#include "samples.h"
+#include "taskspage.h"
+#include "tour.h"
+
+#include "addressfields.h"
+#include "pagefixture.h"
+
+#include "qcopchannel.h"
+#include "qpeapplication.h"
+
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTabWidget>
+#include <QTemporaryDir>
+
+/* The Organizer as a program of its own. */
+class Organizer
+{
+public:
+    explicit Organizer(const QStringList &arguments)
+    {
+        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process.start(QStringLiteral(KY_ORGANIZER), arguments);
+    }
+    ~Organizer()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+    /* Its exit code, -1 while it runs. */
+    int ended(int limit)
+    {
+        const auto isOver = [this] { return m_process.state() == QProcess::NotRunning; };
+        return QTest::qWaitFor(isOver, limit) ? m_process.exitCode() : -1;
+    }
+    QByteArray output() { return m_process.readAllStandardOutput(); }
+
+private:
+    QProcess m_process;
+};
+
+class MainWindowTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init() { removeBoxes(); }
+    void keysReachThePages();
+    void samplesFillEmptyBoxesOnly();
+    void tourShowsAllPages();
+    void tourOfAnEmptyProfileShowsAllPages();
+    void secondStartEndsAndRaisesTheFirst();
+    void otherNameIsAnotherApplication();
+};
+
+void MainWindowTest::keysReachThePages()
+{
+    MainWindow window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    const auto *tabs = window.findChild<QTabWidget *>();
+    QTest::keyClick(&window, Qt::Key_2, Qt::ControlModifier);
+    QCOMPARE(tabs->currentWidget(), window.tasks());
+    QTest::keyClick(&window, Qt::Key_3, Qt::ControlModifier);
+    QCOMPARE(tabs->currentWidget(), window.memos());
+    QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
+    QCOMPARE(tabs->currentWidget(), window.contacts());
+}
+
+void MainWindowTest::samplesFillEmptyBoxesOnly()
+{
+    MainWindow window;
+    QVERIFY(window.memos()->book()->save(0, {{MemoField::Title, "mine"}}) != 0);
+    QVERIFY(addSamples(window));
+    QCOMPARE(window.contacts()->book()->count(), 300);
+    QCOMPARE(window.tasks()->book()->count(), 9);
+    QCOMPARE(texts(*window.memos(), 0), QStringList{"mine"});
+    QVERIFY(addSamples(window));
+    QCOMPARE(window.contacts()->book()->count(), 300);
+    QCOMPARE(window.tasks()->book()->count(), 9);
+}
+
+void MainWindowTest::tourShowsAllPages()
+{
+    const QTemporaryDir folder;
+    Organizer organizer({"--sample", "--tour", folder.path(), "--screen", "800x600"});
+    QCOMPARE(organizer.ended(60000), 0);
+    const QByteArray lines = organizer.output();
+    for (const char *line :
+         {"contacts: 300 contacts, from ", "contacts-category: Business: ", "contacts-search: 200 contacts",
+          "tasks: 9 tasks, from ", "tasks-category: Business: 3 tasks", "memos: 5 memos, from ",
+          "memos-category: Business: 1 memo, from Meeting notes", "categories: 9 categories"})
+        QVERIFY2(lines.contains(line), lines);
+    for (const char *page : {"contacts", "contact", "contacts-search", "tasks", "task", "memos", "memo",
+                             "tasks-category"}) {
+        const QImage picture(folder.filePath(QLatin1String(page) + ".png"));
+        QCOMPARE(picture.size(), QSize(800, 600));
+    }
+}
+
+void MainWindowTest::tourOfAnEmptyProfileShowsAllPages()
+{
+    const QTemporaryDir folder;
+    Organizer organizer({"--tour", folder.path()});
+    QCOMPARE(organizer.ended(60000), 0);
+    const QByteArray lines = organizer.output();
+    QVERIFY2(lines.contains("contacts: 0 contacts\n") && lines.contains("memos: 0 memos\n"), lines);
+}
+
+void MainWindowTest::secondStartEndsAndRaisesTheFirst()
+{
+    Organizer first({"--name", "one"});
+    QTRY_VERIFY_WITH_TIMEOUT(QPEApplication::isRunning("one"), 30000);
+    const QCopChannel channel("QPE/Application/one");
+    QSignalSpy told(&channel, &QCopChannel::received);
+    Organizer second({"--name", "one"});
+    QCOMPARE(second.ended(30000), 0);
+    QTRY_VERIFY_WITH_TIMEOUT(!told.isEmpty(), Patience);
+    QCOMPARE(told[0][0].toByteArray(), QByteArray("raise()"));
+    QCOMPARE(first.ended(0), -1);
+}
+
+void MainWindowTest::otherNameIsAnotherApplication()
+{
+    Organizer first({"--name", "one"});
+    QTRY_VERIFY_WITH_TIMEOUT(QPEApplication::isRunning("one"), 30000);
+    Organizer second({"--name", "two"});
+    QTRY_VERIFY_WITH_TIMEOUT(QPEApplication::isRunning("two"), 30000);
+    QCOMPARE(first.ended(0), -1);
+    QCOMPARE(second.ended(500), -1);
+}
+
+QTEST_MAIN(MainWindowTest)
+#include "mainwindowtest.moc"
