@@ -168,6 +168,9 @@ void ContactMappingTest::groupsAreWrittenAndNotRead()
     const unsigned long card = add(contact);
     QCOMPARE(db->readField(47, card), QString("friends"));
     QVERIFY(read(card).find(Contact::Groups).isNull());
+    unsigned long same = card;
+    QVERIFY(KyPDataBase::editAddressbookEntry(db.get(), &same, read(card), KyPDataBase::CategoriesNone));
+    QCOMPARE(db->readField(47, card), QString(""));
 }
 
 void ContactMappingTest::pronunciationIsComposed_data()

@@ -1,6 +1,6 @@
-#include "recordframe_p.h"
 #include "logcapture.h"
 #include "mappingfixture.h"
+#include "recordframe_p.h"
 #include "syscallfailures.h"
 #include "writewatch.h"
 #include <cerrno>
