@@ -356,7 +356,9 @@ public:
      * Sorts by a sort expression of several keys.
      *
      * On a view of a category or a search the result is inverted: false after success, true after a failure.
-     * @param expression six bytes a key, with no 0 byte needed behind them @param length at most 50
+     * @param expression six bytes a key, with no 0 byte needed behind them
+     * @param length 1 to 50, a second key that the box adds included; otherwise the result is false, whatever
+     * the view
      */
     bool sort(const char *expression, int length, bool ascending);
     /** Goes back to the order of the master; a view of a category or a search keeps its cards. */

@@ -93,17 +93,6 @@ bool fillCategory(KyPDataManagerPrivate &d, PIOIDXINFO *row, int category, const
     return takeOrder(d, row, view);
 }
 
-/** Gives up a row that takeRow() gave, null when it gave none. When the view had to make room for it, that of
- * the master takes its place. @return false */
-bool abandon(KyPDataManagerPrivate &d, PIOIDXINFO *row)
-{
-    if (row)
-        d.dropRow(row);
-    if (!d.currentIndex->inUse)
-        d.makeCurrent(d.masterIndex);
-    return false;
-}
-
 /** Makes a new index of a category current. @param former its index until now, null when there is none */
 bool buildCategory(KyPDataManagerPrivate &d, int category, PIOIDXINFO *former)
 {
@@ -111,7 +100,7 @@ bool buildCategory(KyPDataManagerPrivate &d, int category, PIOIDXINFO *former)
     // A box that is closed can't fill an index: none has to make room for it.
     PIOIDXINFO *row = d.boxHandle ? d.takeRow() : nullptr;
     if (!row || !fillCategory(d, row, category, view))
-        return abandon(d, row);
+        return d.abandon(row);
     if (former && former != row && !former->sticky)
         d.dropRow(former);
     d.makeCurrent(row);
@@ -213,7 +202,7 @@ bool KyPDataManager::filter(const char *searchExp, unsigned long searchLen, cons
     if (!row ||
         createMIdxFile(d->rowPath(row).constData(), d->boxPath().constData(), searchExp, int(searchLen),
                        sortExp, int(sortLen), true, d->rowPath(chosenFrom).constData()) != 0)
-        return abandon(*d, row);
+        return d->abandon(row);
     row->inUse = true;
     row->filtered = true;
     row->indexAge = NewIndexAge;
