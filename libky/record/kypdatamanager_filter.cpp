@@ -162,6 +162,8 @@ bool KyPDataManager::enableFilter(int category)
     const bool canReuse = category != UnfiledCategoryId && d->masterIndex->isPlain();
     if (canReuse && d->currentIndex->categoryId == category)
         return true;
+    // No category is found as the first index without one: a chooser that is cleared keeps the order it
+    // shows.
     PIOIDXINFO *found = categoryRow(*d, category);
     if (!canReuse || !found)
         return category != NoCategory && buildCategory(*d, category, found);
@@ -184,6 +186,7 @@ bool KyPDataManager::disableFilter(bool discard)
     if (discard)
         dropCurrent(*d);
     d->makeCurrent(d->masterIndex);
+    // As when the user asks for that order: a master that runs backwards turns the view round.
     if (view.sortItem)
         return sort(view.sortItem, d->ascendent);
     if (view.sortExpLength)
@@ -215,7 +218,7 @@ bool KyPDataManager::unfilter(bool toResume)
 {
     if (!isFiltered())
         return false;
-    dropCurrent(*d);
+    dropCurrent(*d); // a permanent one too: it comes back when the files of the box are made sure of
     d->makeCurrent(toResume && d->resumeIndex ? d->resumeIndex : d->masterIndex);
     killIdxResume();
     return true;
