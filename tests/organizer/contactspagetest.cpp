@@ -552,7 +552,8 @@ void ContactsPageTest::namesFollowTheirParts()
     QFETCH(CardValues, changed);
     ContactNames::completeNames(changed, original);
     QTEST(changed.value(AddressField::FullName, original.value(AddressField::FullName)).toString(), "name");
-    QTEST(changed.value(AddressField::FullPronunciation, original.value(AddressField::FullPronunciation)).toString(),
+    QTEST(changed.value(AddressField::FullPronunciation, original.value(AddressField::FullPronunciation))
+              .toString(),
           "reading");
 }
 
