@@ -177,6 +177,15 @@ PIOIDXINFO *KyPDataManagerPrivate::oldestRow(const PIOIDXINFO *kept)
     return oldest;
 }
 
+bool KyPDataManagerPrivate::abandon(PIOIDXINFO *row)
+{
+    if (row)
+        dropRow(row);
+    if (!currentIndex->inUse)
+        makeCurrent(masterIndex);
+    return false;
+}
+
 void KyPDataManagerPrivate::dropRow(PIOIDXINFO *row)
 {
     const QByteArray path = rowPath(row);
