@@ -1,4 +1,5 @@
 #include "boxcreation.h"
+#include "folderlock_p.h"
 #include "japanesetext.h"
 #include "kypdatamanager.h"
 #include "kypdatamanagerindexinfo.h"
@@ -7,6 +8,7 @@
 #include "pdtm.h"
 #include <cstring>
 #include <QDebug>
+#include <QFileInfo>
 #include <vector>
 
 namespace KyPDtm {
@@ -262,6 +264,13 @@ private:
     const Expression m_sort;
 };
 
+/** The folder of a box in the file system. */
+QString folderOf(const char *boxFile)
+{
+    char path[4096];
+    return FileGetRealPath(path, boxFile) == PdtmOk ? QFileInfo(QFile::decodeName(path)).path() : QString();
+}
+
 bool isInfoSame(const char *index, int id, const void *expression, int length)
 {
     char stored[PdtmInfoRoom] = {};
@@ -346,6 +355,8 @@ bool KyPDataManager::createFile(const char *boxFile, const char *indexFile, unsi
                                 const KyPDataManagerIndexInfo &indexes)
 {
     InitLanguageEnvironment();
+    // Of two applications that start at once each would take the other's half-made index for a broken one.
+    const FolderLock lock(folderOf(boxFile));
     std::vector<ITEMDATA> data = declarations(items);
     if (createBoxFile(boxFile, appId, data.data(), static_cast<int>(data.size())) != BoxReady)
         return true;

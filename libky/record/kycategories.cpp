@@ -20,8 +20,8 @@ constexpr unsigned long ApplicationId = 0x464C4552; // FLER
 constexpr int LastId = 245;
 constexpr unsigned int NewColor = 0x00FFFFFF;
 constexpr quint8 SystemFlag = 0x80; // in TYPE
-constexpr int LongestWait = 500;    // ms, for a table that another application has
-constexpr int Pause = 5;            // ms, between two attempts
+constexpr int LongestWait = 1000;   // ms, for a table that another application has
+constexpr int Pause = 10;           // ms, between two attempts
 
 /** Keeps the table open for one call. */
 class OpenTable

@@ -19,8 +19,12 @@ class KyCategoriesPrivate;
  * Cards with no category have the pseudo category UnfiledCategoryId; it has no entry in the table, its name
  * is tr("Unfiled"), and it can be neither added, renamed nor removed.
  *
- * The box is held only during a call, so that every call sees what other applications did before. A failure
- * to open it counts as "unknown". Names are compared in full.
+ * The box is held only during a call, so that every call sees what other applications did before. When
+ * another one is just using it, the call waits, handling events, for a second at most. A failure to open it
+ * counts as "unknown".
+ *
+ * Names are compared in full. They hold at least one character, and none that the category file can't hold:
+ * see Categories::isValidName().
  */
 class KY_EXPORT KyCategories
 {
@@ -34,15 +38,16 @@ public:
     bool close(); ///< does nothing. True
 
     /** Adds a category with the lowest id above their number that is free, or below it. @return its id; 0 for
-     * a name that exists, when all ids are taken, and on failure */
+     * a name that exists or is invalid, when all ids are taken, and on failure */
     int addCategory(const QString &name);
     /** As addCategory(), for a category that keeps its name. */
     int addSystemCategory(const QString &name);
     /** Removes a category, from all cards of all boxes too; running applications update the boxes they hold.
-     * A system category is not protected. @return false for an unknown name, and on failure */
+     * A system category is not protected. @return false, with nothing removed, for an unknown name, and on
+     * failure */
     bool removeCategory(const QString &name);
-    /** Gives a category another name, even one that exists. @return false for an unknown name, that of a
-     * system category, and on failure */
+    /** Gives a category another name, even one that exists. @return false for an unknown or an invalid name,
+     * that of a system category, and on failure */
     bool renameCategory(const QString &oldName, const QString &newName);
 
     [[nodiscard]] int id(const QString &name) const; ///< 254 for tr("Unfiled"), 0 for an unknown name

@@ -16,7 +16,7 @@ public:
     std::unique_ptr<KyPDataManager> manager;
     quint8 thirdAttribute = 0; ///< passed through to KyPDataManager::search()
 
-    /** Opens the table, unless it is open. One that another application has is waited for, half a second at
+    /** Opens the table, unless it is open. One that another application has is waited for, a second at
      * most: nobody keeps it for longer than a call. */
     bool open();
     void close();

@@ -1,18 +1,14 @@
 #include "categories.h"
 
 #include "categoryfile_p.h"
-#include "descriptor_p.h"
+#include "folderlock_p.h"
 #include "replacefile_p.h"
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
 #include <limits>
 #include <QCryptographicHash>
 #include <QDebug>
-#include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
-#include <sys/file.h>
 
 class CategoriesPrivate : public QSharedData
 {
@@ -110,21 +106,6 @@ CategoryGroups merged(const CategoryGroups &own, const CategoryGroups &old, Cate
     }
     return others;
 }
-
-/** Keeps other writers out of a folder while it lives. */
-class FolderLock
-{
-public:
-    explicit FolderLock(const QString &folder)
-        : m_folder(::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
-    {
-        while (::flock(m_folder.get(), LOCK_EX) != 0 && errno == EINTR) {
-        }
-    }
-
-private:
-    Descriptor m_folder;
-};
 
 bool writeFile(const QString &file, const CategoryGroups &groups)
 {

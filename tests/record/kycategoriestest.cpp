@@ -36,7 +36,7 @@ int holdTable()
 {
     const uint32_t handle = _BoxOpenRwMode(TableBox, 0);
     ChildProcess::say(handle ? "held" : "failed");
-    QThread::msleep(100);
+    QThread::msleep(30);
     return _BoxCloseEx(handle, 1);
 }
 
