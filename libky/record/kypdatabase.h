@@ -102,6 +102,10 @@ public:
      * ResumeCardId. @p *card gets the id. The card is written first, its categories after it in a second
      * edit; both are one action, on the disk as a whole when the call returns true.
      * A null @p db gives false, or an empty record.
+     *
+     * Looking up categories by the category file or by another table may run the event loop. When only the
+     * categories are refused the result is false, too, with the card written and @p *card its id; any other
+     * failure leaves the box as it was. An event without start or end is refused.
      * @{ */
 
     static bool addAddressbookEntry(KyPDataBase *db, unsigned long *card, const Contact &contact,
@@ -119,8 +123,8 @@ public:
     [[nodiscard]] static Task toTask(KyPDataBase *db, unsigned long card, CategoriesType type);
     [[nodiscard]] static Event toEvent(KyPDataBase *db, unsigned long card, CategoriesType type);
 
-    /** Copies a card from another box of the same layout. @param sourceCategories table that the ids on the
-     * source card belong to; null when it is this device's */
+    /** Copies a card from another box of the same layout; false when it can't be read. @param
+     * sourceCategories table that the ids on the source card belong to; null when it is this device's */
     static bool addAddressbookEntry(KyPDataBase *db, unsigned long *card, KyPDataManager *source,
                                     unsigned long sourceCard, KyCategory::KyCategories *sourceCategories);
     static bool addTodolistEntry(KyPDataBase *db, unsigned long *card, KyPDataManager *source,

@@ -1,6 +1,6 @@
 #include "contact.h"
-#include "recordfields.h"
-#include "recordframe.h"
+#include "recordfields_p.h"
+#include "recordframe_p.h"
 #include <algorithm>
 #include <iterator>
 
@@ -110,7 +110,7 @@ void setText(Contact *contact, const ContactField &field, const QString &text)
         return contact->setEmails(text);
     case Text::Children:
         return contact->setChildren(text);
-    // The name is composed anew from its parts, and groups belong to whoever made the card.
+    // Names are composed anew from their parts; groups are set anew by the application at each edit.
     case Text::WriteOnly:
     case Text::FullName:
     case Text::Pronunciation:

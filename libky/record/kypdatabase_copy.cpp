@@ -1,6 +1,6 @@
 #include "kycategories.h"
-#include "recordfields.h"
-#include "recordframe.h"
+#include "recordfields_p.h"
+#include "recordframe_p.h"
 #include <algorithm>
 #include <span>
 

@@ -1,6 +1,6 @@
 #include "event.h"
-#include "recordfields.h"
-#include "recordframe.h"
+#include "recordfields_p.h"
+#include "recordframe_p.h"
 #include "timeconversion.h"
 #include <algorithm>
 
@@ -12,7 +12,8 @@ namespace {
 constexpr QLatin1String WrittenFrom("Calender");
 constexpr QLatin1String ReadFor("Calendar");
 
-constexpr qint64 LongestSingleDay = 86400; // s
+// In seconds. An event of exactly 24 hours is not one of several days: calendars look for those elsewhere.
+constexpr qint64 LongestSingleDay = 86400;
 
 /** The repeat end of an event that repeats for ever: a view by repeat end finds it at any date. */
 QDate noRepeatEnd()
@@ -35,6 +36,7 @@ CardTimes cardTimes(const Event &event)
         return {};
     if (event.type() == Event::AllDay)
         return {midnight(firstDay), lastSecond(lastDay)};
+    // Views by start and by end rely on their order.
     const auto [start, end] = std::minmax({event.startUTC(), event.endUTC()});
     return {TimeConversion::fromRawUTC(start), TimeConversion::fromRawUTC(end)};
 }

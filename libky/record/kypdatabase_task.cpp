@@ -1,5 +1,5 @@
-#include "recordfields.h"
-#include "recordframe.h"
+#include "recordfields_p.h"
+#include "recordframe_p.h"
 #include "task.h"
 
 namespace KyPDtm {

@@ -5,7 +5,7 @@ namespace KyPDtm {
 
 bool KyPDataManager::deleteCard(unsigned long *card, DeleteMode mode)
 {
-    d->garbageAtStart = d->garbage();
+    d->noteGarbage();
     switch (mode) {
     case DeleteSingle:
         return d->deleteOne(card);

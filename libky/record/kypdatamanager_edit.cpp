@@ -1,5 +1,6 @@
 #include "kypdatamanager.h"
 #include "kypdatamanager_p.h"
+#include <utility>
 
 namespace KyPDtm {
 
@@ -35,7 +36,7 @@ bool KyPDataManager::startEditCard(unsigned long card)
         d->editState = EditUnderWay;
         return false;
     }
-    d->garbageAtStart = d->garbage();
+    d->noteGarbage();
     _CardDelete(d->boxHandle, WorkCardId); // what a crashed edit left
     const quint16 work = d->makeWorkCard(card);
     if (!work) {
@@ -144,9 +145,10 @@ bool KyPDataManager::endAction()
         return false;
     --d->openActions;
     d->lastError = DtmEndAction(d->boxHandle);
+    const bool isCollectionDue = d->openActions == 0 && std::exchange(d->collectionDue, false);
     if (d->lastError != PdtmOk)
         return false;
-    if (d->openActions == 0 && d->collectionDue)
+    if (isCollectionDue)
         d->collectGarbage();
     return true;
 }

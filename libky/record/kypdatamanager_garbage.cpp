@@ -27,6 +27,12 @@ quint32 KyPDataManagerPrivate::garbage() const
     return garbageOf(boxPath().constData());
 }
 
+void KyPDataManagerPrivate::noteGarbage()
+{
+    if (!collectionDue) // else growth counts from the first edit of the action
+        garbageAtStart = garbage();
+}
+
 void KyPDataManagerPrivate::collectGarbage()
 {
     collectionDue = openActions > 0;

@@ -94,7 +94,7 @@ public:
     bool editModified;            ///< it has written an item other than `ATTR`
     unsigned long workCard;       ///< the scratch copy
     unsigned long editSourceCard; ///< the card being edited, 0 for a new one
-    quint32 garbageAtStart;       ///< garbage when the last edit or deletion began
+    quint32 garbageAtStart;       ///< garbage when the last edit or deletion began; in an action the first
     bool waitingOpenAgain;        ///< another process made this manager close
     bool closedForAll;            ///< that request named no file
     bool readOnly;                ///< mode of the last open
@@ -207,6 +207,8 @@ public:
     bool closeHandle();
 
     [[nodiscard]] quint32 garbage() const;
+    /** Takes the present garbage as garbageAtStart, at the begin of an edit or deletion. */
+    void noteGarbage();
     /** Compacts the box when its garbage is big, or has grown too much since garbageAtStart. */
     void collectGarbage();
 

@@ -1,4 +1,4 @@
-#include "recordframe.h"
+#include "recordframe_p.h"
 
 #include "kycategories.h"
 #include <QPointer>
@@ -25,7 +25,7 @@ bool finishWithCategories(KyPDataBase &db, unsigned long *card, const QList<int>
         return false;
     }
     unsigned long written = *card;
-    const bool isWritten = finishRecord(db, &written);
+    const bool isWritten = db.finishEditCard(&written);
     const bool isComplete =
         isWritten && db.updateCategories(written, categories, KyPDataManager::DeleteSingle, false);
     // The card stays when its categories are refused; what the store can't write undoes the whole action.

@@ -1,9 +1,9 @@
-#ifndef RECORDFRAME_H
-#define RECORDFRAME_H
+#ifndef RECORDFRAME_P_H
+#define RECORDFRAME_P_H
 
 /**
- * @file recordframe.h
- * What writing a contact, a task and an event have in common, for this library only.
+ * @file recordframe_p.h
+ * What writing a contact, a task and an event have in common, for the classes of this library.
  */
 
 #include "kypdatabase.h"
@@ -45,8 +45,8 @@ using CategorySource = std::function<std::optional<QList<int>>()>;
                                           KyPDataBase::CategoriesType type, const QString &application);
 
 /** writeRecord() for an event. */
-[[nodiscard]] bool writeEvent(KyPDataBase *db, unsigned long source, unsigned long *destination,
-                              const Event &event, KyPDataBase::CategoriesType type);
+[[nodiscard]] KY_EXPORT bool writeEvent(KyPDataBase *db, unsigned long source, unsigned long *destination,
+                                        const Event &event, KyPDataBase::CategoriesType type);
 
 } // namespace KyPDtm
 

@@ -1,5 +1,5 @@
-#ifndef RECORDFIELDS_H
-#define RECORDFIELDS_H
+#ifndef RECORDFIELDS_P_H
+#define RECORDFIELDS_P_H
 
 #include <QDateTime>
 
