@@ -122,6 +122,7 @@ bool KyPDataManager::openInMode()
     const QByteArray path = d->boxPath();
     if (d->readOnly || !QCoreApplication::instance()) {
         d->boxHandle = _BoxOpenRwMode(path.constData(), d->readOnly);
+        d->restoreWorkCard();
         return isOpened();
     }
     const QPointer<KyPDataManager> self(this);

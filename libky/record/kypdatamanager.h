@@ -71,7 +71,8 @@ KY_EXPORT void InitLanguageEnvironment();
  * **Sharing.** One process at a time has a box open for writing. open() asks all others, by the message
  * `closeFile(QString,QString)` on "QPE/System", to let go of it; they open it again when close() sends
  * `openFile(QString,QString)`. A manager that had to let go keeps its view, its current card and its edit,
- * and every call that needs the box fails until it is open again.
+ * and every call that needs the box fails until it is open again. When several wait for one box, the first
+ * has it, and the others end up closed: they call open() again, for instance from a timer.
  *
  * **Items** are named by codes of four characters; a shorter code ends at its terminator. A null code is an
  * unknown item.

@@ -11,8 +11,8 @@
 /**
  * Mends what a killed process leaves behind in the close protocol. A process that was asked by `closeFile` to
  * let go of a box waits for an `openFile`; one that is killed never sends it. So when the lock of a box that
- * was asked for stays free for 300 ms, the watch sends `openFile` for it, once, and after a close for all boxes
- * whose sender has died, an `openFile` with an empty path.
+ * was asked for stays free for 300 ms, the watch sends `openFile` for it, once, and after a close for all
+ * boxes whose sender has died, an `openFile` with an empty path.
  */
 class BoxWatch : public QObject
 {

@@ -161,6 +161,7 @@ private slots:
     void abandonedEditLeavesNothing();
     void cancelWhileClosedLeavesNothing();
     void editOutlastsACloseAndAFailedOne();
+    void editOutlastsAReopenThatFails();
     void onlyOneOfTwoWaitingManagersReopens();
     void stormOfMessages();
     void messagesCutShort();
@@ -726,6 +727,24 @@ void CloseProtocolTest::editOutlastsACloseAndAFailedOne()
     QCOMPARE(manager.readItem("TITL", card), QStringLiteral("b"));
 }
 
+void CloseProtocolTest::editOutlastsAReopenThatFails()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    unsigned long card = 0;
+    QVERIFY(manager.editNewCard() && manager.writeItem("TITL", "a"));
+    tell(manager, CloseFile, box.path());
+    refuseOpen = true;
+    tell(manager, OpenFile, box.path());
+    QVERIFY(!manager.isOpened());
+    QVERIFY(!manager.finishEditCard(&card));
+    refuseOpen = false;
+    QVERIFY(manager.open(false));
+    QVERIFY(manager.finishEditCard(&card));
+    QCOMPARE(manager.readItem("TITL", card), QStringLiteral("a"));
+    QCOMPARE(manager.count(), 1);
+}
+
 void CloseProtocolTest::onlyOneOfTwoWaitingManagersReopens()
 {
     const TestBox box;
@@ -865,7 +884,7 @@ void CloseProtocolTest::managerWithoutAnApplication()
     const TestBox box;
     Traffic traffic;
     ChildProcess child({"alone", box.path()});
-    QCOMPARE(child.readLine(), "opened 1 added 1 closed 1");
+    QCOMPARE(child.readLine(), "opened 1 added 1 edited 1 closed 1");
     QCOMPARE(child.finish(), 0);
     QVERIFY(traffic.messages().isEmpty());
 }
@@ -909,15 +928,30 @@ int holdBox(int argc, char **argv)
     return application.exec();
 }
 
+/** An edit that goes on behind a close, in which another manager has its own. */
+bool editAcrossClose(KyPDataManager &manager, const char *box)
+{
+    bool works = manager.editNewCard() && manager.writeItem("TITL", "b") && manager.close();
+    works = works && addCard(*std::make_unique<KyPDataManager>(box, nullptr, false), "c") != 0;
+    unsigned long card = 0;
+    return works && manager.open(false) && manager.finishEditCard(&card) &&
+           manager.readItem("TITL", card) == "b";
+}
+
 int useBoxAlone(const char *box)
 {
     KyPDataManager manager(box, nullptr, false);
     const bool opened = manager.isOpened();
     const bool added = addCard(manager, QStringLiteral("a")) != 0;
+    const bool edited = editAcrossClose(manager, box);
     manager.systemMessage(CloseFile, argumentsOf(box, "other"));
     const bool closed = manager.close();
-    ChildProcess::say(
-        QStringLiteral("opened %1 added %2 closed %3").arg(opened).arg(added).arg(closed).toLatin1());
+    ChildProcess::say(QStringLiteral("opened %1 added %2 edited %3 closed %4")
+                          .arg(opened)
+                          .arg(added)
+                          .arg(edited)
+                          .arg(closed)
+                          .toLatin1());
     return 0;
 }
 

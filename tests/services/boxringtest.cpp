@@ -1,6 +1,5 @@
 #include "boxuser.h"
 #include "platformservice.h"
-#include <QCommandLineParser>
 #include <QSet>
 #include <vector>
 
