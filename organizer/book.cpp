@@ -78,7 +78,8 @@ void Book::receive(const QByteArray &message, const QByteArray &data)
     QString sender;
     QCopArguments arguments(data);
     arguments >> path >> sender;
-    if (sender == QPEApplication::applicationNameOf(qApp) || (!path.isEmpty() && path != QLatin1String(m_kind.file)))
+    if (sender == QPEApplication::applicationNameOf(qApp) ||
+        (!path.isEmpty() && path != QLatin1String(m_kind.file)))
         return;
     m_wasLent = true;
     QTimer::singleShot(0, this, &Book::look);

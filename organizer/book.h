@@ -24,9 +24,9 @@ struct Card
 /** Which cards are wanted, and in what order. */
 struct CardView
 {
-    int category = 0;    ///< 0 for all, or a category id, or UnfiledCategoryId
-    QString search;      ///< the cards with this text in any field; all of them when empty
-    int orderField = 0;  ///< 0 for the box's own order
+    int category = 0;   ///< 0 for all, or a category id, or UnfiledCategoryId
+    QString search;     ///< the cards with this text in any field; all of them when empty
+    int orderField = 0; ///< 0 for the box's own order
     bool ascending = true;
 
     /** True when no card of the box is left out. */

@@ -23,17 +23,18 @@ KyPDataBaseItemInfo memoFields()
 
 BoxKind BoxKind::contacts()
 {
-    return {KyPDataBase::createAddressbookFile, KyPDataBase::addressbookFileName(false), KyPDataBase::addressbookMasterIdx(false),
-            KyPDataBase::addressbookItems(), AddressField::Last};
+    return {KyPDataBase::createAddressbookFile, KyPDataBase::addressbookFileName(false),
+            KyPDataBase::addressbookMasterIdx(false), KyPDataBase::addressbookItems(), AddressField::Last};
 }
 
 BoxKind BoxKind::tasks()
 {
-    return {KyPDataBase::createTodolistFile, KyPDataBase::todolistFileName(false), KyPDataBase::todolistMasterIdx(false),
-            KyPDataBase::todolistItems(), TaskField::Last};
+    return {KyPDataBase::createTodolistFile, KyPDataBase::todolistFileName(false),
+            KyPDataBase::todolistMasterIdx(false), KyPDataBase::todolistItems(), TaskField::Last};
 }
 
 BoxKind BoxKind::memos()
 {
-    return {KyPDataBase::createMemoFile, KyPDataBase::memoFileName(false), KyPDataBase::memoMasterIdx(false), memoFields(), MemoField::Last};
+    return {KyPDataBase::createMemoFile, KyPDataBase::memoFileName(false), KyPDataBase::memoMasterIdx(false),
+            memoFields(), MemoField::Last};
 }

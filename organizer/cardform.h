@@ -12,10 +12,10 @@ class QVBoxLayout;
 /** The texts of a form that depend on what it is for. */
 struct FormWords
 {
-    QString title;    ///< of message boxes
-    QString nothing;  ///< why an empty card isn't saved
-    QString unsaved;  ///< when the box doesn't take it
-    QString isLent;   ///< when another application has the box
+    QString title;   ///< of message boxes
+    QString nothing; ///< why an empty card isn't saved
+    QString unsaved; ///< when the box doesn't take it
+    QString isLent;  ///< when another application has the box
 };
 
 /** A form in which a card is made or changed. Nothing is written before Save. */

@@ -272,9 +272,14 @@ void CardsPage::editCard()
     m_stack->setCurrentWidget(m_form);
 }
 
+bool CardsPage::isEditing() const
+{
+    return m_stack->currentWidget() == m_form;
+}
+
 void CardsPage::showList()
 {
-    if (m_stack->currentWidget() == m_form)
+    if (isEditing())
         m_form->cancel();
 }
 

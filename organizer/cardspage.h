@@ -1,8 +1,8 @@
 #ifndef CARDSPAGE_H
 #define CARDSPAGE_H
 
-#include "cardsmodel.h"
 #include "book.h"
+#include "cardsmodel.h"
 
 #include <QWidget>
 
@@ -30,8 +30,8 @@ struct CardDetails
 struct PageWords
 {
     QString title;
-    QString none;               ///< shown in an empty box
-    QString (*counted)(int n);  ///< such as "12 contacts"
+    QString none;              ///< shown in an empty box
+    QString (*counted)(int n); ///< such as "12 contacts"
 };
 
 /**
@@ -43,6 +43,8 @@ class CardsPage : public QWidget
     Q_OBJECT
 public:
     [[nodiscard]] Book *book() const { return m_book; }
+    /** True while the form is open. */
+    [[nodiscard]] bool isEditing() const;
     /** Selects a row of the list and shows it. */
     void selectRow(int row);
     /** Shows a category, 0 for all cards. */

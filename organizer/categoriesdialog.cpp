@@ -97,7 +97,8 @@ void CategoriesDialog::remove()
 {
     const QString name = selected();
     const QString question =
-        tr("Remove the category \"%1\"? What is filed under it stays, but is filed under it no more.").arg(name);
+        tr("Remove the category \"%1\"? What is filed under it stays, but is filed under it no more.")
+            .arg(name);
     if (QMessageBox::question(this, tr("Categories"), question, QMessageBox::Yes | QMessageBox::No,
                               QMessageBox::No) == QMessageBox::Yes)
         tell(m_table->remove(name));

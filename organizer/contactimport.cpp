@@ -84,8 +84,8 @@ bool ContactImport::saveBatch()
     return true;
 }
 
-/* Takes one contact; false when the box doesn't take any more. Its categories are made here, since that handles
- * events, and no event may come into the transaction of a batch. */
+/* Takes one contact; false when the box doesn't take any more. Its categories are made here, since that
+ * handles events, and no event may come into the transaction of a batch. */
 bool ContactImport::take(const ContactFields &fields)
 {
     Card card{valuesOf(fields), {}};

@@ -9,8 +9,8 @@
 class CategoryTable;
 class QWidget;
 
-/** Brings the contacts of a vCard file into the address box. Their categories become categories of the device; a
- * name for which there is no room goes to the field for groups. */
+/** Brings the contacts of a vCard file into the address box. Their categories become categories of the
+ * device; a name for which there is no room goes to the field for groups. */
 class ContactImport : public QObject
 {
     Q_OBJECT

@@ -48,8 +48,7 @@ QString fullReading(const Text &text)
 void ContactNames::completeNames(CardValues &changed, const CardValues &original)
 {
     const Text after = [&changed, &original](int field) {
-        return changed.contains(field) ? changed.value(field).toString()
-                                       : original.value(field).toString();
+        return changed.contains(field) ? changed.value(field).toString() : original.value(field).toString();
     };
     const Text before = [&original](int field) { return original.value(field).toString(); };
     const auto complete = [&](int field, QString (*compose)(const Text &)) {

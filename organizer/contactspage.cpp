@@ -21,7 +21,9 @@ QString counted(int contacts)
 ContactsPage::ContactsPage(CategoryTable *table, QWidget *parent)
     : CardsPage(BoxKind::contacts(), table, {tr("Contacts"), tr("No contacts yet"), counted}, parent)
 {
-    const auto show = [this](int field) { return [this, field](unsigned long card) { return book()->text(card, field); }; };
+    const auto show = [this](int field) {
+        return [this, field](unsigned long card) { return book()->text(card, field); };
+    };
     const QList<CardColumn> columns = {
         {tr("Name"), 0, 18, [this](unsigned long card) { return nameOf(card); }},
         {tr("Reading"), AddressField::FullPronunciation, 18, show(AddressField::FullPronunciation)},

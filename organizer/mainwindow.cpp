@@ -6,7 +6,7 @@
 #include "resource.h"
 #include "taskspage.h"
 
-#include <QEvent>
+#include <QCloseEvent>
 #include <QShortcut>
 #include <QTabWidget>
 
@@ -48,4 +48,21 @@ void MainWindow::changeEvent(QEvent *event)
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
         askForBox();
     QMainWindow::changeEvent(event);
+}
+
+/* A form with something in it that isn't saved asks first. */
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    for (CardsPage *page : {static_cast<CardsPage *>(m_contacts), static_cast<CardsPage *>(m_tasks),
+                            static_cast<CardsPage *>(m_memos)}) {
+        if (!page->isEditing())
+            continue;
+        showPage(page);
+        page->showList();
+        if (page->isEditing()) {
+            event->ignore();
+            return;
+        }
+    }
+    QMainWindow::closeEvent(event);
 }

@@ -26,6 +26,7 @@ public:
 
 protected:
     void changeEvent(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
 
 private:
     void addPage(CardsPage *page, const char *icon, const QString &title);

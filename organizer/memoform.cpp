@@ -47,8 +47,7 @@ void MemoForm::show(const CardValues &values)
 
 CardValues MemoForm::shown() const
 {
-    return {{MemoField::Title, m_title->text().trimmed()},
-            {MemoField::Contents, m_contents->toPlainText()}};
+    return {{MemoField::Title, m_title->text().trimmed()}, {MemoField::Contents, m_contents->toPlainText()}};
 }
 
 bool MemoForm::complete(CardValues &changed, const CardValues &) const

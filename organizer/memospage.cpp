@@ -34,7 +34,8 @@ QString MemosPage::changeOf(unsigned long card) const
 
 CardDetails MemosPage::detailsOf(unsigned long card) const
 {
-    return {titleOf(card),
-            changeOf(card),
-            {{book()->fields().itemInfo(MemoField::Contents).label, book()->text(card, MemoField::Contents)}}};
+    return {
+        titleOf(card),
+        changeOf(card),
+        {{book()->fields().itemInfo(MemoField::Contents).label, book()->text(card, MemoField::Contents)}}};
 }

@@ -35,7 +35,8 @@ constexpr const char *Travel = QT_TRANSLATE_NOOP("Samples", "Travel");
 
 constexpr SampleTask Tasks[] = {
     {QT_TRANSLATE_NOOP("Samples", "Send the quarterly report"),
-     QT_TRANSLATE_NOOP("Samples", "Figures of June are still missing.\nAsk Mr. Satō."), 1, -1, false, Business},
+     QT_TRANSLATE_NOOP("Samples", "Figures of June are still missing.\nAsk Mr. Satō."), 1, -1, false,
+     Business},
     {QT_TRANSLATE_NOOP("Samples", "Book the train to Kyoto"),
      QT_TRANSLATE_NOOP("Samples", "Two seats, by the window."), 2, 1, false, Travel},
     {QT_TRANSLATE_NOOP("Samples", "Call the dentist"), "", 3, 2, false, nullptr},
@@ -56,7 +57,8 @@ constexpr SampleMemo Memos[] = {
                        "The new model comes in spring.\nWho writes the manual?\nNext meeting on Thursday."),
      Business},
     {QT_TRANSLATE_NOOP("Samples", "Recipe: miso soup"),
-     QT_TRANSLATE_NOOP("Samples", "800 ml dashi\n3 spoons of miso\n200 g tofu\nSpring onions\nDon't let it boil."),
+     QT_TRANSLATE_NOOP("Samples",
+                       "800 ml dashi\n3 spoons of miso\n200 g tofu\nSpring onions\nDon't let it boil."),
      Family},
     {QT_TRANSLATE_NOOP("Samples", "Books to read"),
      QT_TRANSLATE_NOOP("Samples", "Kokoro\nThe Makioka Sisters\nThe Sound of Waves"), nullptr},

@@ -61,8 +61,8 @@ void BulkDeleteTest::init()
 
 unsigned long BulkDeleteTest::add(const char *name, const QList<int> &categories)
 {
-    return m_page->book()->save(
-        0, {{AddressField::FullName, name}, {AddressField::FullPronunciation, name}}, categories);
+    return m_page->book()->save(0, {{AddressField::FullName, name}, {AddressField::FullPronunciation, name}},
+                                categories);
 }
 
 void BulkDeleteTest::questionNamesTheNumber_data()

@@ -207,8 +207,7 @@ void CardSearchTest::longerTextIsNotTaken_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("taken");
     QTest::newRow("ASCII") << QString(43, 'x') << QString(42, 'x');
-    QTest::newRow("cut between characters")
-        << QString(41, 'x') + QString::fromUtf8("あ") << QString(41, 'x');
+    QTest::newRow("cut between characters") << QString(41, 'x') + QString::fromUtf8("あ") << QString(41, 'x');
     QTest::newRow("cut before a character of two halves")
         << QString(40, 'x') + QString::fromUtf8("𠮷") << QString(40, 'x');
 }

@@ -120,6 +120,7 @@ private slots:
     void newContactIsFiledUnderTheShownCategory();
     void lentBoxShowsItsLastPictureDisabled();
     void loanBetweenTwoLooksIsSeen();
+    void viewIsShownWhenOthersUsedUpTheNamesOfIndexes();
     void boxInUseAtTheStartIsTakenLater();
     void namesFollowTheirParts_data();
     void namesFollowTheirParts();
@@ -500,6 +501,31 @@ void ContactsPageTest::loanBetweenTwoLooksIsSeen()
     QTRY_COMPARE_WITH_TIMEOUT(names(page), (QStringList{"new", "相川 恵"}), Patience);
 }
 
+void ContactsPageTest::viewIsShownWhenOthersUsedUpTheNamesOfIndexes()
+{
+    CategoryTable table;
+    const int club = addCategory(table, QStringLiteral("Club"));
+    ContactsPage page(&table);
+    page.book()->save(0, {{AddressField::FullName, "Ann"}}, QList<int>{club});
+    page.book()->save(0, {{AddressField::FullName, "Bob"}}, QList<int>{club});
+    tellAll("closeFile(QString,QString)");
+    QTRY_VERIFY_WITH_TIMEOUT(!page.book()->isAvailable(), Patience);
+    {
+        KyPDataBase other("F0:KYADRS.BOX", KyPDataBase::addressbookItems(), nullptr, false);
+        for (int field = AddressField::CompanyPronunciation; field < AddressField::BusinessZip; ++field)
+            QVERIFY(other.sortField(field, true));
+    }
+    const QDir boxes(QDir::homePath() + QLatin1String("/Applications/dtm"));
+    QVERIFY(boxes.entryList({"ppinKYA*"}, QDir::Files).size() >= 9);
+    tellAll("openFile(QString,QString)");
+    QTRY_VERIFY_WITH_TIMEOUT(page.book()->isAvailable(), Patience);
+    page.showCategory(club);
+    page.search("n");
+    QCOMPARE(names(page), QStringList{"Ann"});
+    page.search("");
+    QCOMPARE(names(page), (QStringList{"Ann", "Bob"}));
+}
+
 void ContactsPageTest::boxInUseAtTheStartIsTakenLater()
 {
     {
@@ -552,7 +578,8 @@ void ContactsPageTest::namesFollowTheirParts()
     QFETCH(CardValues, changed);
     ContactNames::completeNames(changed, original);
     QTEST(changed.value(AddressField::FullName, original.value(AddressField::FullName)).toString(), "name");
-    QTEST(changed.value(AddressField::FullPronunciation, original.value(AddressField::FullPronunciation)).toString(),
+    QTEST(changed.value(AddressField::FullPronunciation, original.value(AddressField::FullPronunciation))
+              .toString(),
           "reading");
 }
 

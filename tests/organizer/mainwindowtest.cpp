@@ -7,6 +7,7 @@
 #include "tour.h"
 
 #include "addressfields.h"
+#include "messagerobot.h"
 #include "pagefixture.h"
 
 #include "qcopchannel.h"
@@ -49,6 +50,7 @@ class MainWindowTest : public QObject
 private slots:
     void init() { removeBoxes(); }
     void keysReachThePages();
+    void closingAsksAboutAnUnsavedForm();
     void samplesFillEmptyBoxesOnly();
     void tourShowsAllPages();
     void tourOfAnEmptyProfileShowsAllPages();
@@ -68,6 +70,21 @@ void MainWindowTest::keysReachThePages()
     QCOMPARE(tabs->currentWidget(), window.memos());
     QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
     QCOMPARE(tabs->currentWidget(), window.contacts());
+}
+
+void MainWindowTest::closingAsksAboutAnUnsavedForm()
+{
+    MainWindow window;
+    window.show();
+    window.memos()->newCard();
+    window.tasks()->newCard();
+    type(*window.tasks(), "Description", "typed");
+    MessageRobot robot({QMessageBox::Cancel, QMessageBox::Discard});
+    QVERIFY(!window.close());
+    QVERIFY(window.tasks()->isVisible());
+    QCOMPARE(editor(*window.tasks(), "Description")->text(), QString("typed"));
+    QVERIFY(window.close());
+    QCOMPARE(robot.boxes().size(), 2);
 }
 
 void MainWindowTest::samplesFillEmptyBoxesOnly()
@@ -94,8 +111,8 @@ void MainWindowTest::tourShowsAllPages()
           "tasks: 9 tasks, from ", "tasks-category: Business: 3 tasks", "memos: 5 memos, from ",
           "memos-category: Business: 1 memo, from Meeting notes", "categories: 9 categories"})
         QVERIFY2(lines.contains(line), lines);
-    for (const char *page : {"contacts", "contact", "contacts-search", "tasks", "task", "memos", "memo",
-                             "tasks-category"}) {
+    for (const char *page :
+         {"contacts", "contact", "contacts-search", "tasks", "task", "memos", "memo", "tasks-category"}) {
         const QImage picture(folder.filePath(QLatin1String(page) + ".png"));
         QCOMPARE(picture.size(), QSize(800, 600));
     }

@@ -67,9 +67,12 @@ void MemosPageTest::titleIsTheFirstLineWhenItIsLeftOut_data()
 {
     QTest::addColumn<QString>("contents");
     QTest::addColumn<QString>("title");
-    QTest::newRow("one line") << "milk" << "milk";
-    QTest::newRow("two lines") << "milk\nbread" << "milk";
-    QTest::newRow("empty lines before it") << "\n\n  milk  \nbread" << "milk";
+    QTest::newRow("one line") << "milk"
+                              << "milk";
+    QTest::newRow("two lines") << "milk\nbread"
+                               << "milk";
+    QTest::newRow("empty lines before it") << "\n\n  milk  \nbread"
+                                           << "milk";
     QTest::newRow("long line") << QString(100, 'x') << QString(60, 'x');
     QTest::newRow("character of two halves at the end")
         << QString(59, 'x') + QString::fromUtf8("𠮷") << QString(59, 'x');
@@ -86,9 +89,8 @@ void MemosPageTest::titleIsTheFirstLineWhenItIsLeftOut()
 
 void MemosPageTest::changeIsStampedWhenAMemoIsSaved()
 {
-    const unsigned long memo =
-        m_page->book()->save(0, {{MemoField::Title, "a"},
-                                 {MemoField::ChangeTime, QDateTime(QDate(2020, 1, 2), QTime(3, 4))}});
+    const unsigned long memo = m_page->book()->save(
+        0, {{MemoField::Title, "a"}, {MemoField::ChangeTime, QDateTime(QDate(2020, 1, 2), QTime(3, 4))}});
     QCOMPARE(texts(*m_page, Changed), QStringList{"2020-01-02 03:04"});
     m_page->editCard();
     type(*m_page, "Title", "b");

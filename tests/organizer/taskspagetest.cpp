@@ -101,8 +101,8 @@ void TasksPageTest::everyColumnSorts_data()
     QTest::newRow("description") << int(Description) << QStringList{"a", "b", "c"}
                                  << QStringList{"c", "b", "a"};
     QTest::newRow("priority") << int(Priority) << QStringList{"c", "a", "b"} << QStringList{"b", "a", "c"};
-    QTest::newRow("due, which is marked at first") << int(Due) << QStringList{"c", "b", "a"}
-                                                   << QStringList{"a", "b", "c"};
+    QTest::newRow("due, which is marked at first")
+        << int(Due) << QStringList{"c", "b", "a"} << QStringList{"a", "b", "c"};
 }
 
 void TasksPageTest::everyColumnSorts()
@@ -111,8 +111,10 @@ void TasksPageTest::everyColumnSorts()
     QFETCH(QStringList, once);
     QFETCH(QStringList, twice);
     addTask(m_page->book(), "a", {{TaskField::Priority, 3}, {TaskField::DueDate, day(2026, 1, 1)}});
-    addTask(m_page->book(), "b", {{TaskField::Priority, 5}, {TaskField::DueDate, day(2026, 1, 2)},
-                                  {TaskField::State, TaskState::Done}});
+    addTask(m_page->book(), "b",
+            {{TaskField::Priority, 5},
+             {TaskField::DueDate, day(2026, 1, 2)},
+             {TaskField::State, TaskState::Done}});
     addTask(m_page->book(), "c", {{TaskField::Priority, 1}, {TaskField::DueDate, day(2026, 1, 3)}});
     clickHeader(*m_page, column);
     QCOMPARE(texts(*m_page, Description), once);
@@ -176,10 +178,9 @@ void TasksPageTest::newTaskIsOpenAndOfUsualPriority()
 
 void TasksPageTest::formShowsAndSavesEveryField()
 {
-    const unsigned long task = addTask(m_page->book(), "a",
-                                       {{TaskField::Priority, 2},
-                                        {TaskField::Notes, "one\ntwo"},
-                                        {TaskField::DueDate, day(2026, 5, 6)}});
+    const unsigned long task = addTask(
+        m_page->book(), "a",
+        {{TaskField::Priority, 2}, {TaskField::Notes, "one\ntwo"}, {TaskField::DueDate, day(2026, 5, 6)}});
     m_page->editCard();
     QCOMPARE(editor(*m_page, "Description")->text(), QString("a"));
     QCOMPARE(editor<QPlainTextEdit>(*m_page, "Notes")->toPlainText(), QString("one\ntwo"));

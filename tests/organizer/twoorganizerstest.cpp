@@ -38,8 +38,9 @@ private:
         if (command == "add")
             return page.book()->save(0, values(argument)) != 0 ? "done" : "failed";
         if (command == "annotate") // the card of the first row
-            return page.book()->save(page.book()->cardAt(0), {{AddressField::Notes, argument}}) != 0 ? "done"
-                                                                                                    : "failed";
+            return page.book()->save(page.book()->cardAt(0), {{AddressField::Notes, argument}}) != 0
+                       ? "done"
+                       : "failed";
         if (command == "category")
             page.showCategory(table.id(argument));
         else if (command == "search")
@@ -50,7 +51,7 @@ private:
             return table.add(argument).isEmpty() ? "done" : "failed";
         else if (command == "renamecategory")
             return table.rename(argument.section(u'/', 0, 0), argument.section(u'/', 1)).isEmpty() ? "done"
-                                                                                                  : "failed";
+                                                                                                   : "failed";
         else if (command == "removecategory")
             return table.remove(argument).isEmpty() ? "done" : "failed";
         return state(page) + ": " + texts(page, 0).join(u' ');
@@ -243,9 +244,9 @@ void TwoOrganizersTest::categoryMadeInTheOtherIsSeenHere()
 {
     startOther();
     QCOMPARE(tell("makecategory Club"), QString("done"));
-    for (const CardsPage *page : {static_cast<CardsPage *>(m_window->contacts()),
-                                  static_cast<CardsPage *>(m_window->tasks()),
-                                  static_cast<CardsPage *>(m_window->memos())})
+    for (const CardsPage *page :
+         {static_cast<CardsPage *>(m_window->contacts()), static_cast<CardsPage *>(m_window->tasks()),
+          static_cast<CardsPage *>(m_window->memos())})
         QTRY_VERIFY_WITH_TIMEOUT(page->findChild<QComboBox *>("category")->findText("Club") > 0, Patience);
     QVERIFY(addCategory(*m_window->categories(), "Work") != 0);
     QTRY_VERIFY_WITH_TIMEOUT(tell("category Work").startsWith("0 contacts"), Patience);
