@@ -270,7 +270,7 @@ PdtmStatus SqliteBox::writeItem(CardId card, const ItemDescription &item, Bytes 
     return change([&] {
         const PdtmStatus status = storeCard(card, bytesOf(packed));
         if (status == PdtmOk)
-            family::attributeWritten(*this, card, RecordView(bytesOf(packed)).attribute());
+            family::attributeWritten(*this, card, RecordView(bytesOf(packed)));
         return status;
     });
 }

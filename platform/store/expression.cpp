@@ -374,6 +374,12 @@ bool SearchExpression::Term::isAnyText() const
            });
 }
 
+bool SearchExpression::names(const char *code) const
+{
+    return std::ranges::any_of(m_terms,
+                               [code](const Term &term) { return sameCodeFolded(term.code.data(), code); });
+}
+
 bool SearchExpression::matches(const Schema &schema, RecordView record) const
 {
     return std::ranges::all_of(m_terms, [&](const Term &term) { return holds(term, schema, record); });

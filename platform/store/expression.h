@@ -74,6 +74,8 @@ public:
     static size_t measure(const uint8_t *expression, size_t limit);
 
     [[nodiscard]] bool isEmpty() const { return m_terms.empty(); }
+    /** A term is on the item of this code. */
+    [[nodiscard]] bool names(const char *code) const;
     [[nodiscard]] bool matches(const Schema &schema, RecordView record) const;
 
     /** One comparison with a value. */

@@ -27,6 +27,20 @@ constexpr size_t BytesPerCard = sizeof(CardId) + 1 + sizeof(uint32_t); // id, at
 constexpr uint32_t MaximumKeyBytes = 256U * 1024 * 1024;
 constexpr uint8_t DefinitionVersion = 1;
 
+/** The change counter as it stands in the file. It has a checksum of its own, since it is written alone. */
+struct StoredCounter
+{
+    uint64_t counter;
+    uint64_t checksum;
+
+    static StoredCounter of(uint64_t counter)
+    {
+        return {counter, checksumOf({reinterpret_cast<const uint8_t *>(&counter), sizeof counter})};
+    }
+    /** 0 when it is damaged, or was written in part. */
+    [[nodiscard]] uint64_t value() const { return checksum == of(counter).checksum ? counter : 0; }
+};
+
 template <typename T> T numberAt(const uint8_t *bytes)
 {
     T value;
@@ -213,7 +227,7 @@ std::string IndexDefinition::box() const
 
 struct IndexFileReader::OrderHeader
 {
-    uint64_t counter;
+    StoredCounter counter;
     uint32_t count;
     uint32_t keyBytes;
     uint64_t orderChecksum;
@@ -324,7 +338,7 @@ bool IndexFileReader::readHeader(OrderHeader &header) const
 uint64_t IndexFileReader::counter() const
 {
     OrderHeader header = {};
-    return readHeader(header) ? header.counter : 0;
+    return readHeader(header) ? header.counter.value() : 0;
 }
 
 bool IndexFileReader::readOrder(StoredOrder &order) const
@@ -333,7 +347,7 @@ bool IndexFileReader::readOrder(StoredOrder &order) const
     if (!readHeader(header)) {
         return false;
     }
-    order.counter = header.counter;
+    order.counter = header.counter.value();
     order.cards.resize(header.count);
     order.attributes.resize(header.count);
     const uint64_t cardsAt = m_orderOffset + sizeof header;
@@ -343,7 +357,7 @@ bool IndexFileReader::readOrder(StoredOrder &order) const
         return false;
     }
     Checksum checksum;
-    checksum.add(&header, 16);
+    checksum.add(&header.count, sizeof header.count + sizeof header.keyBytes);
     checksum.add(order.cards.data(), cardBytes);
     checksum.add(order.attributes.data(), header.count);
     return checksum.result() == header.orderChecksum;
@@ -381,18 +395,18 @@ void appendOrder(std::string &out, const OrderImage &order)
 {
     const auto count = static_cast<uint32_t>(order.cards.size());
     const size_t cardBytes = order.cards.size() * sizeof(CardId);
-    std::string header;
-    append(header, order.counter);
-    append(header, count);
-    append(header, static_cast<uint32_t>(order.keys.size()));
+    std::string sizes;
+    append(sizes, count);
+    append(sizes, static_cast<uint32_t>(order.keys.size()));
     Checksum orderChecksum;
-    orderChecksum.add(header.data(), header.size());
+    orderChecksum.add(sizes.data(), sizes.size());
     orderChecksum.add(order.cards.data(), cardBytes);
     orderChecksum.add(order.attributes.data(), order.attributes.size());
     Checksum keysChecksum;
     keysChecksum.add(order.keyEnds.data(), order.keyEnds.size() * sizeof(uint32_t));
     keysChecksum.add(order.keys.data(), order.keys.size());
-    out += header;
+    append(out, StoredCounter::of(order.counter));
+    out += sizes;
     append(out, orderChecksum.result());
     append(out, keysChecksum.result());
     appendBytes(out, order.cards.data(), cardBytes);
@@ -461,6 +475,43 @@ PdtmStatus writeIndexFile(const std::string &realPath, const IndexDefinition &de
     }
     stamp = written;
     return PdtmOk;
+}
+
+namespace {
+
+/** Writes over the counter of the file that @p stamp tells. Result 0 or an errno. */
+int overwriteCounter(const std::string &path, uint64_t offset, uint64_t counter, FileStamp &stamp)
+{
+    const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
+    if (file < 0) {
+        return errno;
+    }
+    const StoredCounter stored = StoredCounter::of(counter);
+    struct stat status = {};
+    const bool isSame = fstat(file, &status) == 0 && stampFrom(status) == stamp;
+    const ssize_t written = isSame ? pwrite(file, &stored, sizeof stored, static_cast<off_t>(offset)) : 0;
+    const int error = written < 0 ? errno : (written != sizeof stored ? EIO : 0);
+    if (written > 0 && fstat(file, &status) == 0) {
+        stamp = stampFrom(status);
+    }
+    close(file);
+    return error;
+}
+
+} // namespace
+
+PdtmStatus writeIndexCounter(const std::string &realPath, uint64_t counter, FileStamp &stamp)
+{
+    IndexFileReader reader;
+    const PdtmStatus status = reader.open(realPath);
+    if (status != PdtmOk) {
+        return status;
+    }
+    if (reader.stamp() != stamp || reader.counter() == 0) {
+        return PdtmDamaged;
+    }
+    const int error = overwriteCounter(realPath, reader.counterOffset(), counter, stamp);
+    return error == 0 ? PdtmStatus{PdtmOk} : statusOfWriteError(error);
 }
 
 PdtmStatus checkIndexFile(const std::string &realPath)

@@ -336,6 +336,7 @@ void ExpressionTest::cases_data()
 
     row("any text item", text("    ", Contains, "QUICK"), true);
     row("any text item, Shift-JIS", text("    ", Whole, Utf8Tanaka), true);
+    row("any text item, contained in Shift-JIS", text("    ", Contains, "ソート"), true);
     row("any text item, none", text("    ", Contains, "nobody"), false);
     row("any text item leaves binaries out", text("    ", Contains, "ABC"), false);
     row("any text item, both on one",

@@ -10,6 +10,7 @@ namespace {
 
 int g_writeError = 0;  // errno that write() gives instead of writing
 int g_renameError = 0; // errno that rename() gives instead of renaming
+int g_placeError = 0;  // errno that pwrite() gives instead of writing
 
 /** Makes a system call fail for a while. */
 class Failing
@@ -38,6 +39,17 @@ __attribute__((visibility("default"))) ssize_t write(int file, const void *bytes
     return next(file, bytes, size);
 }
 
+__attribute__((visibility("default"))) ssize_t pwrite(int file, const void *bytes, size_t size, off_t offset)
+{
+    static const auto next =
+        reinterpret_cast<ssize_t (*)(int, const void *, size_t, off_t)>(dlsym(RTLD_NEXT, "pwrite"));
+    if (g_placeError != 0) {
+        errno = g_placeError;
+        return -1;
+    }
+    return next(file, bytes, size, offset);
+}
+
 __attribute__((visibility("default"))) int rename(const char *from, const char *to) noexcept
 {
     static const auto next =
@@ -61,6 +73,7 @@ private slots:
     void statusSaysWhy();
     void memoryServesWhatCantBeWritten();
     void closeWithoutSpace();
+    void counterThatCantBeWritten();
     void newFilesNameIsTaken();
     void goneFolder();
 };
@@ -150,6 +163,28 @@ void IndexWriteTest::closeWithoutSpace()
     box.restart();
     QCOMPARE(cardsOf(index), (Cards{a, b}));
     QVERIFY(contentsOf(index) != before);
+}
+
+void IndexWriteTest::counterThatCantBeWritten()
+{
+    TestBox box;
+    const uint16_t a = box.add("a");
+    const uint16_t b = box.add("b");
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    box.restart();
+    const QByteArray before = contentsOf(index);
+    pdtm::FileStamp stamp = *pdtm::stampOf(pdtm::realPath(index));
+    {
+        const Failing failing(g_placeError, EIO);
+        QCOMPARE(pdtm::writeIndexCounter(pdtm::realPath(index), 77, stamp), PdtmStatus(PdtmIoError));
+    }
+    QCOMPARE(contentsOf(index), before);
+    box.edit(a, "NUMB", native(uint16_t(3)));
+    box.close();
+    replaceContents(index, before); // stale
+    box.forgetMemory();
+    box.open();
+    QCOMPARE(cardsOf(index), (Cards{a, b}));
 }
 
 void IndexWriteTest::newFilesNameIsTaken()
