@@ -91,6 +91,19 @@ bool KyPDataBase::writeField(int field, unsigned long value)
     return writeItem(codeOf(*fields, field).text, value);
 }
 
+bool KyPDataBase::sortField(int field, bool ascending)
+{
+    return sort(codeOf(*fields, field).text, ascending);
+}
+
+bool KyPDataBase::searchField(unsigned long *card, const QString &text, int field, unsigned char op,
+                              bool forward)
+{
+    // An empty code would mean the item that the box names, or any.
+    const ItemCode code = codeOf(*fields, field);
+    return code.text[0] && search(card, text, code.text, op, forward);
+}
+
 int KyPDataBase::readFieldType(int field) const
 {
     return readItemType(codeOf(*fields, field).text);

@@ -17,6 +17,7 @@ constexpr int AttemptWait = 100; // ms, of events between two attempts
 constexpr auto SystemChannel = "QPE/System";
 constexpr auto CloseFileMessage = "closeFile(QString,QString)";
 constexpr auto OpenFileMessage = "openFile(QString,QString)";
+constexpr auto CategoryRemovedMessage = "categoryRemoved(int)";
 
 QString ownName()
 {
@@ -45,6 +46,15 @@ FileMessage fileMessage(const QByteArray &data)
     arguments >> message.path >> sender;
     message.isForeign = arguments.status() == QDataStream::Ok && sender != ownName();
     return message;
+}
+
+/** The category that a message names; 0, which is none, when it is cut short. */
+int removedCategory(const QByteArray &data)
+{
+    qint32 category = 0;
+    QCopArguments arguments(data);
+    arguments >> category;
+    return arguments.status() == QDataStream::Ok ? category : 0;
 }
 
 } // namespace
@@ -141,6 +151,11 @@ bool KyPDataManager::close()
 
 void KyPDataManager::systemMessage(const QByteArray &message, const QByteArray &data)
 {
+    if (QCoreApplication::instance() && message == CategoryRemovedMessage) {
+        if (const int category = removedCategory(data))
+            categoryRemoved(category);
+        return;
+    }
     const bool isClose = message == CloseFileMessage;
     if (!QCoreApplication::instance() || (!isClose && message != OpenFileMessage))
         return;

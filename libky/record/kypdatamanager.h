@@ -291,7 +291,11 @@ public:
     /**
      * Deletes one card, all cards of the view, or all cards of the box, in one step that is on the disk when
      * this call returns true. The box is compacted when its garbage has grown too much. The current card
-     * stays as it is, even when it is a deleted one.
+     * stays as it is, even when it is a deleted one. An edit that is under way goes on; finishEditCard()
+     * makes its card anew when it was deleted.
+     *
+     * DeleteVisible marks the cards with bit 0x40 of their attribute byte first, and deletes all cards of the
+     * box that are marked so: those that writeAttribute() marked before, too.
      * @param card for DeleteSingle. In: the card, 0 for the current one; out: the card behind it in the
      * current index, else the one before it, else 0. Unchanged on failure and in the other modes
      */
@@ -300,11 +304,12 @@ public:
 
     /** @name Categories of cards
      * A card has a list of category ids, 1 to 245; with an empty list it is unfiled. Changes here need no
-     * edit. The flags at the end have no effect.
+     * edit; ids are cut to eight bits. The flags at the end have no effect.
      *
      * With DeleteVisible the first two run a loop of a deliberate shape: from the first card of the view on
      * as long as next() finds *nothing*. So a view of several cards is left as it is, with true as result,
-     * and only that of a single card is changed. Walk the view and use DeleteSingle.
+     * and only that of a single card is changed; with an empty view the current card is. Walk the view and
+     * use DeleteSingle.
      * @{ */
 
     /** Adds a category to a card, and the card to the view of that category if there is one. 254 empties the
@@ -323,8 +328,12 @@ public:
      * it can't be read. */
     [[nodiscard]] QList<int> readCategories(unsigned long card) const;
 
-    /** Takes a category from all cards of this box and deletes the views that it changes, then makes the
-     * master current, whatever the view was. @return false when a card could not be changed */
+    /**
+     * Takes a category from all cards of this box, whatever the view is, in one step, and from a card that is
+     * being edited. Deletes the views that this changes, then makes the master current.
+     * @return false for an id that FilerCheckCategoryId() refuses, with nothing changed, and when the cards
+     *         could not be changed, as while the box is closed or read-only
+     */
     bool categoryRemoved(int category);
     /** categoryRemoved() for each box of every volume: of internal storage and of all cards. A box that
      * another process holds goes without; that process hears of it by the message `categoryRemoved(int)`. */
@@ -479,6 +488,10 @@ public slots:
 private:
     Q_DISABLE_COPY_MOVE(KyPDataManager)
     bool openInMode();
+    bool deleteVisible();
+    void markVisible();
+    quint16 takeFromAllCards(quint8 category);
+    bool endActionAfter(quint16 status);
     const std::unique_ptr<KyPDataManagerPrivate> d;
 };
 

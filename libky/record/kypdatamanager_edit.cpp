@@ -97,23 +97,6 @@ bool KyPDataManager::cancelEditCard()
     return true;
 }
 
-bool KyPDataManager::deleteCard(unsigned long *card, DeleteMode mode)
-{
-    d->garbageAtStart = d->garbage();
-    const unsigned long target = d->cardOf(*card);
-    if (mode != DeleteSingle || !target || !d->currentIndex)
-        return false;
-    const QByteArray index = d->indexPath(nullptr);
-    unsigned long neighbour = d->step(index, true, target);
-    if (!neighbour)
-        neighbour = d->step(index, false, target);
-    if (_CardDelete(d->boxHandle, quint16(target)) != PdtmOk)
-        return false;
-    *card = neighbour;
-    d->collectGarbage();
-    return true;
-}
-
 bool KyPDataManager::beginAction()
 {
     if (DtmBeginAction(d->boxHandle) != PdtmOk)
@@ -133,6 +116,15 @@ bool KyPDataManager::endAction()
     if (d->openActions == 0 && d->collectionDue)
         d->collectGarbage();
     return true;
+}
+
+/** Ends an action in which @p status came out, which is the result and lastError when it isn't success. */
+bool KyPDataManager::endActionAfter(quint16 status)
+{
+    const bool isEnded = endAction();
+    if (status != PdtmOk)
+        d->lastError = status;
+    return isEnded && status == PdtmOk;
 }
 
 } // namespace KyPDtm

@@ -1,4 +1,5 @@
 #include "kypdatamanager_p.h"
+#include <algorithm>
 
 namespace KyPDtm {
 
@@ -9,8 +10,15 @@ constexpr int SingleKeyLength = 7; // a key of six bytes and the final 0
 constexpr int OperatorOffset = 5;
 constexpr quint8 TextDescending = 0x81;
 constexpr quint8 PlainDescending = 0x83;
-constexpr char CategoryTerm[] = "CTGR\xFE\x92\x0C";
-constexpr int CategoryTermLength = 7;
+constexpr char TemporaryPrefix[] = "ppin";
+constexpr int TemporaryPrefixLength = 4;
+constexpr int BoxPartLength = 3; // characters of the box in the name of a temporary index
+constexpr int DigitPosition = TemporaryPrefixLength + BoxPartLength;
+constexpr int DigitCount = 1; // ten names for a box
+constexpr char TemporaryExtension[] = "tdx";
+constexpr quint8 OldestAge = 255;
+constexpr quint32 PartnerProperty = 9;
+constexpr int PartnerOffset = 2; // of the partner's code in the property
 
 bool isPermanentName(const char *baseName)
 {
@@ -34,7 +42,27 @@ void takeSortExpression(const quint8 *expression, quint16 length, const PioExtBo
     memcpy(row->sortExp, expression, length);
 }
 
+/** The name that temporary indexes of a box count from: `ppinKYA0.` for KYADRS.BOX. A box that is named like
+ * one itself gives its own name. */
+void nameAfterBox(const char *boxName, char *fileName)
+{
+    memcpy(fileName, boxName, NameRoom);
+    if (strncmp(boxName, TemporaryPrefix, TemporaryPrefixLength) == 0)
+        return;
+    memcpy(fileName + TemporaryPrefixLength, boxName, BoxPartLength);
+    memcpy(fileName, TemporaryPrefix, TemporaryPrefixLength);
+    memcpy(fileName + DigitPosition, "0.", sizeof "0.");
+}
+
 } // namespace
+
+void PIOIDXINFO::keepOrder(quint8 item, const quint8 *expression, int length, bool isAscending)
+{
+    sortItem = item;
+    sortExpLength = quint8(length);
+    std::copy_n(expression, length, sortExp);
+    ascending = isAscending;
+}
 
 void KyPDataManagerPrivate::readIndexTable()
 {
@@ -101,11 +129,123 @@ void KyPDataManagerPrivate::getIndexSearchInfo(const char *path, PIOIDXINFO *row
         row->filtered = true;
 }
 
+void KyPDataManagerPrivate::makeCurrent(PIOIDXINFO *row)
+{
+    for (PIOIDXINFO &other : indexes) {
+        if (other.inUse && !other.sticky && other.indexAge < OldestAge)
+            ++other.indexAge;
+    }
+    currentIndex = row;
+    row->indexAge = 0;
+}
+
+PIOIDXINFO *KyPDataManagerPrivate::takeRow(const PIOIDXINFO *kept)
+{
+    PIOIDXINFO *row = freeRow();
+    if (!row) {
+        row = oldestRow(kept);
+        if (!row)
+            return nullptr;
+        dropRow(row);
+    }
+    nameAfterBox(boxName, row->fileName);
+    if (GetNewFileName(boxDir, row->fileName, TemporaryExtension, DigitPosition, DigitCount))
+        return row;
+    *row = {};
+    return nullptr;
+}
+
+PIOIDXINFO *KyPDataManagerPrivate::freeRow()
+{
+    for (int i = 0; i < indexCapacity; ++i) {
+        if (!indexes[i].inUse)
+            return &indexes[i];
+    }
+    return nullptr;
+}
+
+PIOIDXINFO *KyPDataManagerPrivate::oldestRow(const PIOIDXINFO *kept)
+{
+    PIOIDXINFO *oldest = nullptr;
+    for (int i = 0; i < indexCapacity; ++i) {
+        PIOIDXINFO *row = &indexes[i];
+        if (row == resumeIndex || row == kept || row->sticky)
+            continue;
+        if (!oldest || row->indexAge > oldest->indexAge)
+            oldest = row;
+    }
+    return oldest;
+}
+
+void KyPDataManagerPrivate::dropRow(PIOIDXINFO *row)
+{
+    const QByteArray path = rowPath(row);
+    _IndexDelete(path.constData());
+    *row = {};
+    if (resumeIndex == row)
+        resumeIndex = nullptr;
+}
+
+int KyPDataManagerPrivate::createSortCond(quint8 item, quint8 *dst, bool ascending) const
+{
+    int length = PioSetSortCond(dst, extBoxInfo, item, ascending);
+    if (length <= 0)
+        return -1;
+    const SecondKey second = secondKeyOf(item, ascending);
+    if (second.item) {
+        const int added = PioSetSortCond(dst + length, extBoxInfo, second.item, second.ascending);
+        if (added <= 0)
+            return -1;
+        length += added;
+    }
+    dst[length] = 0;
+    return length + 1;
+}
+
+SecondKey KyPDataManagerPrivate::secondKeyOf(quint8 item, bool ascending) const
+{
+    const PioExtItem &first = extBoxInfo->items[item - 1];
+    if (first.propertyKind == PartnerProperty && first.property) {
+        const ItemCode partner(reinterpret_cast<const char *>(first.property + PartnerOffset));
+        return {quint8(_PioExtGetItemNo(extBoxInfo, partner.text)), ascending};
+    }
+    const SecondKey second = secondKeyOfBox(ascending);
+    return second.item == item ? SecondKey{0, ascending} : second;
+}
+
+SecondKey KyPDataManagerPrivate::secondKeyOfBox(bool ascending) const
+{
+    const ItemCode code(extBoxInfo->secondSortItem);
+    const bool sameDirection = extBoxInfo->secondSortAscending != 0;
+    return {quint8(_PioExtGetItemNo(extBoxInfo, code.text)), ascending == sameDirection};
+}
+
+bool KyPDataManagerPrivate::sortIndexOf(const PIOIDXINFO *row, const quint8 *expression, int length)
+{
+    const QByteArray path = rowPath(row);
+    lastError = _IndexInfoWriteWithCheck(path.constData(), InfoSortExpression, expression, quint16(length));
+    if (lastError != PdtmOk) {
+        qDebug("index infowrite error %x", lastError);
+        return false;
+    }
+    lastError = _IndexSort(path.constData(), boxHandle);
+    if (lastError != PdtmOk && lastError != PdtmNothingToSort) {
+        qDebug("sort error %x", lastError);
+        return false;
+    }
+    return true;
+}
+
+QByteArray KyPDataManagerPrivate::rowPath(const PIOIDXINFO *row) const
+{
+    return QByteArray(boxDir) + row->fileName;
+}
+
 QByteArray KyPDataManagerPrivate::indexPath(const char *index) const
 {
     if (index)
         return index;
-    return currentIndex ? QByteArray(boxDir) + currentIndex->fileName : QByteArray();
+    return currentIndex && currentIndex->inUse ? rowPath(currentIndex) : QByteArray();
 }
 
 } // namespace KyPDtm

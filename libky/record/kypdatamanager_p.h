@@ -16,6 +16,14 @@ constexpr quint8 AttributeMask = 0x40;
 constexpr quint8 AttributeValue = 0;
 constexpr quint8 AttributeThird = 0;
 
+/** How the search expression of a category index begins; the id and a 0 byte follow. */
+constexpr char CategoryTerm[] = "CTGR\xFE\x92\x0C";
+constexpr int CategoryTermLength = 7;
+
+/** Where a walk or a search over a whole index starts. */
+constexpr quint16 BeforeFirst = 0;
+constexpr quint16 BehindLast = 0xFFFF;
+
 /** One row of the index table. A row that is not in use is all zero. */
 struct PIOIDXINFO
 {
@@ -28,8 +36,25 @@ struct PIOIDXINFO
     bool ascending;               ///< direction of the stored expression
     bool filtered;                ///< holds the result of a search
     quint8 sortExpLength;         ///< length of sortExp; 0 when it is not kept
-    quint8 sortExp[PdtmInfoRoom]; ///< sort expression of several keys
+    quint8 sortExp[PdtmInfoRoom]; ///< the stored expression
+
+    /** True for the view of a category or a search: a sort has to keep its cards. */
+    [[nodiscard]] bool isSubset() const { return categoryId != 0 || filtered; }
+    /** True for an index of all cards, which serves every view of its order. */
+    [[nodiscard]] bool isPlain() const { return inUse && !isSubset(); }
+    /** Notes the order that the index has been given. @param length at most PdtmInfoRoom */
+    void keepOrder(quint8 item, const quint8 *expression, int length, bool isAscending);
 };
+
+/** A key behind the first one of a sort. */
+struct SecondKey
+{
+    quint8 item; ///< item number, 0 for no second key
+    bool ascending;
+};
+
+/** Age of a temporary index when it is made. */
+constexpr quint8 NewIndexAge = 5;
 
 /** Why the last call of an edit refused. */
 enum EditState { EditFine = 0, EditNoWorkCard = 1, EditUnderWay = 3, EditNotUnderWay = 4 };
@@ -54,9 +79,8 @@ class KyPDataManagerPrivate
 public:
     char boxDir[NameRoom];  ///< directory part of the box path, up to and including `F0:` or the last slash
     char boxName[NameRoom]; ///< base name of the box
-    char selectIndexName[NameRoom]; ///< empty: a place for an index that overrides the current one
-    quint32 boxHandle;              ///< 0 while the box is closed
-    int indexCapacity;              ///< rows of the index table
+    quint32 boxHandle;      ///< 0 while the box is closed
+    int indexCapacity;      ///< rows of the index table
     PIOIDXINFO indexes[MaximumIndexes];
     PioExtBoxInfo *extBoxInfo;    ///< from the store, freed by the manager
     PIOIDXINFO *currentIndex;     ///< the index in use
@@ -71,12 +95,11 @@ public:
     unsigned long workCard;       ///< the scratch copy
     unsigned long editSourceCard; ///< the card being edited, 0 for a new one
     quint32 garbageAtStart;       ///< garbage when the last edit or deletion began
-    bool selectIndexActive;
-    bool waitingOpenAgain; ///< another process made this manager close
-    bool closedForAll;     ///< that request named no file
-    bool readOnly;         ///< mode of the last open
-    int openActions;       ///< nested actions that are open
-    bool collectionDue;    ///< garbage is to be looked at behind the outermost action
+    bool waitingOpenAgain;        ///< another process made this manager close
+    bool closedForAll;            ///< that request named no file
+    bool readOnly;                ///< mode of the last open
+    int openActions;              ///< nested actions that are open
+    bool collectionDue;           ///< garbage is to be looked at behind the outermost action
 
     /** Splits a path into boxDir and boxName. False for an invalid path. */
     bool setBoxPath(const char *path);
@@ -93,20 +116,25 @@ public:
     /** Fills categoryId and filtered of a row from the search expression of its index. */
     static void getIndexSearchInfo(const char *indexPath, PIOIDXINFO *row);
 
-    /** Makes a row the current index, and the temporary ones that aren't older. */
+    /** Makes a row the current index, and the other temporary ones older. */
     void makeCurrent(PIOIDXINFO *row);
     /** A row, not yet in use, that names a file for a new temporary index; the oldest temporary index makes
-     * room when all rows are in use. Null when none can be had. */
-    [[nodiscard]] PIOIDXINFO *takeRow();
-    /** Deletes the index of a row and zeroes the row. */
+     * room when all rows are in use, be it the current one. Null when none can be had.
+     * @param kept makes no room, as the one to resume doesn't */
+    [[nodiscard]] PIOIDXINFO *takeRow(const PIOIDXINFO *kept = nullptr);
+    /** Deletes the index of a row and zeroes the row. It is no longer the one to resume; as current index it
+     * stays pointed at, and the view then holds no card. */
     void dropRow(PIOIDXINFO *row);
     /** Path of the index of a row. */
     [[nodiscard]] QByteArray rowPath(const PIOIDXINFO *row) const;
     /** Writes the whole sort expression for an item, terminator included, to @p dst of PdtmInfoRoom bytes,
      * with the partner of the item or the second key of the box behind it. Its length, -1 on failure. */
     [[nodiscard]] int createSortCond(quint8 item, quint8 *dst, bool ascending) const;
-    /** Gives the index of a row another sort expression and sorts it; the row itself is left as it is. False
-     * on failure, with a log line and lastError. */
+    /** The second key that the box gives a sort in a direction. */
+    [[nodiscard]] SecondKey secondKeyOfBox(bool ascending) const;
+    /** Gives the index of a row another sort expression and sorts it; the row itself is left as it is, see
+     * PIOIDXINFO::keepOrder(). False on failure, with a log line; lastError has the last status. An index
+     * with no card to sort is no failure. */
     bool sortIndexOf(const PIOIDXINFO *row, const quint8 *expression, int length);
 
     /** Path of the named index, or of the current one for null; empty, which the store refuses, when there is
@@ -136,6 +164,33 @@ public:
     /** Makes the work card of an edit: a copy of @p source, or an empty card for 0. Its id, 0 on failure. */
     [[nodiscard]] quint16 makeWorkCard(unsigned long source);
 
+    /** @name The modes of deleteCard() that need only the store
+     * @{ */
+    bool deleteOne(unsigned long *card);
+    bool deleteAll();
+    /** @} */
+
+    /** The category list of a card as the store has it; empty when it can't be read, too. */
+    [[nodiscard]] QByteArray readCategories(unsigned long card) const;
+    /** A card whose list is empty or unreadable is in UnfiledCategoryId, and in nothing else. */
+    [[nodiscard]] bool isCardInTheCategory(unsigned long card, int category) const;
+    /** Adds a category to a card, and the card to its views. False with lastError on failure. */
+    bool addToCategory(unsigned long card, quint8 category);
+    /** Takes a category from a card, and the card from its views. False with lastError on failure. */
+    bool removeFromCategory(unsigned long card, quint8 category);
+    /** Takes a category from a card; its views are left as they are. */
+    PdtmStatus takeFromCard(unsigned long card, quint8 category);
+    /** Puts a card into all views of a category. False with lastError when one can't take it, which is
+     * dropped then. */
+    bool putIntoViews(quint8 category, unsigned long card);
+    void takeOutOfViews(quint8 category, unsigned long card);
+    /** Takes a card out of the views of all categories but UnfiledCategoryId. */
+    void takeOutOfFiledViews(unsigned long card);
+    /** Drops all views of a category, with a log line each. */
+    void dropViews(quint8 category, const char *logLine);
+    /** The master, or, while that is a view of a part of the box, a permanent index of all cards. */
+    [[nodiscard]] PIOIDXINFO *wholeRow();
+
     /** Lets go of the box at another process's request. @param forAll the request named no file */
     void letGo(bool forAll);
 
@@ -144,6 +199,14 @@ public:
     void collectGarbage();
 
 private:
+    [[nodiscard]] PIOIDXINFO *freeRow();
+    /** The temporary index that has not been current for the longest time; null when there is none that may
+     * go. */
+    [[nodiscard]] PIOIDXINFO *oldestRow(const PIOIDXINFO *kept);
+    /** The second key of a sort by an item: its partner, or that of the box. */
+    [[nodiscard]] SecondKey secondKeyOf(quint8 item, bool ascending) const;
+    bool putIntoView(PIOIDXINFO *row, unsigned long card);
+    void takeOutOfView(const PIOIDXINFO &row, unsigned long card);
     void compact();
 };
 

@@ -5,8 +5,6 @@ namespace KyPDtm {
 
 namespace {
 
-constexpr quint16 BeforeFirst = 0;
-constexpr quint16 BehindLast = 0xFFFF;
 constexpr char MatchAll[] = "";
 
 } // namespace
@@ -136,11 +134,6 @@ int KyPDataManager::sortItem() const
 bool KyPDataManager::ascendent() const
 {
     return d->ascendent;
-}
-
-bool KyPDataManager::isFiltered() const
-{
-    return d->currentIndex && d->currentIndex->filtered;
 }
 
 unsigned long KyPDataManager::expectedCardId() const

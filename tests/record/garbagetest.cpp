@@ -58,6 +58,9 @@ private slots:
     void bigGarbage();
     void automaticCollection_data();
     void automaticCollection();
+    void bulkDeletionCollects_data();
+    void bulkDeletionCollects();
+    void viewStaysOverACollection();
     void failedEditCollectsNothing();
     void realGarbageIsCollected();
     void collectionSendsNoMessage();
@@ -139,6 +142,65 @@ void GarbageTest::automaticCollection()
     QCOMPARE(manager.readItem("TITL"), QStringLiteral("b"));
     QCOMPARE(manager.lastCard(), kept);
     QVERIFY(manager.startEditCard(kept));
+}
+
+void GarbageTest::bulkDeletionCollects_data()
+{
+    QTest::addColumn<KyPDataManager::DeleteMode>("mode");
+    QTest::addColumn<quint32>("start");
+    QTest::addColumn<quint32>("present");
+    QTest::addColumn<bool>("collects");
+
+    for (const auto mode : {KyPDataManager::DeleteVisible, KyPDataManager::DeleteAll}) {
+        const auto row = [mode](const char *name, quint32 start, quint32 present, bool collects) {
+            const char *what = mode == KyPDataManager::DeleteAll ? "all" : "visible";
+            QTest::addRow("%s: %s", what, name) << mode << start << present << collects;
+        };
+        row("growth of 20480", 1000, 21480, false);
+        row("growth of 20481", 1000, 21481, true);
+        row("102400 with little growth", 102300, 102400, false);
+        row("102401 with little growth", 102300, 102401, true);
+        row("less than at the start", 50000, 40000, false);
+    }
+}
+
+void GarbageTest::bulkDeletionCollects()
+{
+    QFETCH(KyPDataManager::DeleteMode, mode);
+    QFETCH(quint32, start);
+    QFETCH(quint32, present);
+    QFETCH(bool, collects);
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    QVERIFY(addCard(manager, QStringLiteral("a")) && addCard(manager, QStringLiteral("b")));
+    pretend({start, present});
+    QVERIFY(manager.deleteCard(nullptr, mode));
+    // Behind the action of the deletion: a box that is closed inside one loses it.
+    QCOMPARE(calls, collects ? QByteArrayList({"close", "collect 0", "open 0"}) : QByteArrayList());
+    QVERIFY(manager.isOpened());
+    QCOMPARE(manager.count(), 0);
+    QVERIFY(addCard(manager, QStringLiteral("c")) != 0);
+    QCOMPARE(manager.count(), 1);
+}
+
+void GarbageTest::viewStaysOverACollection()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    unsigned long card = addCard(manager, QStringLiteral("a"));
+    const unsigned long other = addCard(manager, QStringLiteral("b"));
+    QVERIFY(manager.addCardToCtgr(card, 5, KyPDataManager::DeleteSingle, false));
+    QVERIFY(manager.addCardToCtgr(other, 5, KyPDataManager::DeleteSingle, false));
+    manager.sort(false);
+    QVERIFY(manager.enableFilter(5));
+    QVERIFY(manager.first());
+    pretend({0, 200000});
+    QVERIFY(manager.deleteCard(&card, KyPDataManager::DeleteSingle));
+    QCOMPARE(calls.size(), 3);
+    QCOMPARE(manager.count(), 1);
+    QCOMPARE(manager.cardId(), other);
+    QVERIFY(!manager.ascendent());
+    QCOMPARE(manager.readCategories(0), QList<int>{5});
 }
 
 void GarbageTest::failedEditCollectsNothing()

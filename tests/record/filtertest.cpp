@@ -1,0 +1,1390 @@
+#include "boxcreation.h"
+#include "logcapture.h"
+#include "viewfixture.h"
+
+using KyPDtm::PIOIDXINFO;
+
+namespace {
+
+int sorts = 0; ///< calls of _IndexSort
+
+constexpr int TitleItem = 1;
+constexpr int NumberItem = 2;
+
+QByteArray categoryTerm(int category)
+{
+    unsigned char term[9];
+    unsigned short length = 0;
+    GetCategory_FilterInfo(term, static_cast<unsigned char>(category), &length);
+    return QByteArray(reinterpret_cast<const char *>(term), length);
+}
+
+/** An information block of an index, as its file has it. */
+QByteArray infoOf(const QByteArray &index, int id)
+{
+    char info[PdtmInfoRoom];
+    uint16_t size = sizeof info;
+    return _IndexInfoRead(index.constData(), id, info, &size) == PdtmOk ? QByteArray(info, size)
+                                                                        : QByteArray("none");
+}
+
+/** Adds a permanent index to a box that nobody has open. */
+bool makePermanent(const TestBox &box, const QByteArray &name, const QByteArray &search)
+{
+    const QByteArray order = plainKey("TITL");
+    return createMIdxFile(box.file(name).constData(), box.path().constData(), search.constData(),
+                          int(search.size()), order.constData(), int(order.size()), false,
+                          box.master().constData()) == 0;
+}
+
+int rowsInUse(View &view)
+{
+    int rows = 0;
+    for (const PIOIDXINFO &row : view.table().indexes)
+        rows += row.inUse ? 1 : 0;
+    return rows;
+}
+
+/** Makes all rows but the current one permanent, so that none but it can make room. */
+void keepAllButTheCurrent(View &view)
+{
+    for (PIOIDXINFO &row : view.table().indexes)
+        row.sticky = &row != view.table().currentIndex;
+}
+
+/** Categories 21 to 29: with the master, all ten rows are taken. The last one is the view. */
+bool fillTable(View &view)
+{
+    for (int category = 21; category < 30; ++category) {
+        if (!view.manager.enableFilter(category))
+            return false;
+    }
+    return rowsInUse(view) == KyPDtm::MaximumIndexes;
+}
+
+/** By descending number, which is the order of the titles. */
+KyPDataManagerSortKey descendingNumbers()
+{
+    KyPDataManagerSortKey order;
+    order.addSortKey("NUMB", false, false);
+    return order;
+}
+
+KyPDataManagerSortKey twoKeys()
+{
+    KyPDataManagerSortKey order;
+    order.addSortKey("FLAG", false, true);
+    order.addSortKey("NUMB", false, true);
+    return order;
+}
+
+} // namespace
+
+PdtmStatus _IndexSort(const char *path, uint32_t handle)
+{
+    static const auto next = nextDefinition<decltype(_IndexSort)>("_IndexSort");
+    ++sorts;
+    return next(path, handle);
+}
+
+class FilterTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void categoryIds_data();
+    void categoryIds();
+    void expressionOfACategory();
+    void expressionOfNoCategoryLeavesBothAlone();
+
+    void categoryShowsItsCards();
+    void unfiledCards();
+    void emptyCategoryIsAnOrdinaryView();
+    void indexOfACategory();
+    void sameCategoryAgainDoesNothing();
+    void unfiledIsBuiltAgain();
+    void permanentUnfiledIndexIsKept();
+    void thirdCallReusesTheFirstIndex();
+    void invalidCategories_data();
+    void invalidCategories();
+    void invalidCategoryWithAnIndex();
+    void categoryZeroInAPlainView();
+    void categoryZeroInASearch();
+    void categoryZeroLeavesTheCategory();
+    void categoryZeroTakesTheFirstIndexWithout();
+    void categoryZeroWithACategoryAsMaster();
+    void masterThatIsACategoryAlwaysBuilds();
+    void newIndexTakesTheMastersOrder_data();
+    void newIndexTakesTheMastersOrder();
+    void newIndexTakesTheOrderOfTheView();
+    void newIndexTakesTheExpressionOfTheView();
+    void newIndexKnowsItsDirection();
+    void directionOfTheViewStays();
+    void reuseWithTheSameOrderSortsNothing();
+    void reuseWithAnotherItem();
+    void reuseWithAnotherExpression();
+    void reuseWithNoOrder();
+    void reuseWhenTheTableIsFull();
+    void oldestIndexMakesRoom();
+    void resumedIndexMakesNoRoom();
+    void viewThatMakesRoomPassesItsOrderOn();
+    void formerIndexThatMadeRoom();
+    void nextManagerAdoptsTheCategory();
+    void categoryFollowsEdits();
+    void currentCardStays();
+    void categoryOfAClosedBox();
+    void managerWithNoTable();
+
+    void disableGoesBackToAllCards();
+    void disableDiscards();
+    void disableKeepsTheOrder();
+    void disableKeepsTheExpression();
+    void disableKeepsTheDirection();
+    void disableWithAMasterThatRunsBackwards();
+    void disableWithNoOrder();
+    void disableWithNoCategory();
+    void disableOnAPlainView();
+    void disableOnASearch();
+    void disableNeverDiscardsTheMaster();
+    void disableInAnEmptyBox();
+
+    void filterShowsTheMatches();
+    void filterOverTheCurrentView();
+    void filterOverTheMaster();
+    void filterOverTheResumedView();
+    void filterOverNothingToResume();
+    void filterOverAnUnknownParent();
+    void filterReplacesAFilter();
+    void filterKeepsAFilter();
+    void filterStaysInsideItsCategory();
+    void filterOfAFilterStaysInsideBoth();
+    void filterWithNoOrderTakesThatOfTheParent();
+    void filterWithNoExpressionShowsTheWholeBox();
+    void filterIsAdopted();
+    void filterThatMatchesNothing();
+    void badExpressions_data();
+    void badExpressions();
+    void filterKeepsDirectionAndCard();
+    void filterOfAClosedBox();
+    void parentMakesNoRoom();
+    void viewToResumeMakesNoRoom();
+    void viewThatIsNotNeededMakesRoom();
+
+    void unfilterOnACategory();
+    void unfilterOnTheMaster();
+    void unfilterWithNothingToResume();
+    void unfilterResumes();
+    void unfilterForgets();
+    void unfilterRestoresNoOrder();
+    void unfilterDeletesAPermanentSearch();
+    void unfilterKeepsTheMaster();
+    void killedResume();
+    void resumeIsForgottenWithItsIndex();
+};
+
+void FilterTest::init()
+{
+    deleteTemporaryFiles();
+    sorts = 0;
+}
+
+void FilterTest::categoryIds_data()
+{
+    QTest::addColumn<int>("category");
+    QTest::addColumn<bool>("valid");
+    QTest::newRow("below 0") << -1 << false;
+    QTest::newRow("0") << 0 << false;
+    QTest::newRow("first") << 1 << true;
+    QTest::newRow("last") << 245 << true;
+    QTest::newRow("behind the last") << 246 << false;
+    QTest::newRow("before unfiled") << 253 << false;
+    QTest::newRow("unfiled") << UnfiledCategoryId << true;
+    QTest::newRow("behind unfiled") << 255 << false;
+    QTest::newRow("5 in the low byte") << 0x105 << false;
+}
+
+void FilterTest::categoryIds()
+{
+    QFETCH(int, category);
+    QFETCH(bool, valid);
+    QCOMPARE(FilerCheckCategoryId(category), valid);
+}
+
+void FilterTest::expressionOfACategory()
+{
+    QCOMPARE(categoryTerm(5), QByteArray("CTGR\xFE\x92\x0C\x05\0", 9));
+    QCOMPARE(categoryTerm(UnfiledCategoryId), QByteArray("CTGR\xFE\x92\x0C\xFE\0", 9));
+}
+
+void FilterTest::expressionOfNoCategoryLeavesBothAlone()
+{
+    for (const auto id : std::initializer_list<unsigned char>{0, 250}) {
+        unsigned char term[9] = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'};
+        unsigned short length = 77;
+        GetCategory_FilterInfo(term, id, &length);
+        QCOMPARE(QByteArray(reinterpret_cast<const char *>(term), 9), QByteArray("abcdefghi"));
+        QCOMPARE(int(length), 77);
+    }
+}
+
+void FilterTest::categoryShowsItsCards()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    QCOMPARE(view.titles(), QStringLiteral("abcd"));
+    QCOMPARE(view.manager.count(), 4);
+    QVERIFY(!view.manager.isFiltered());
+    QVERIFY(view.manager.enableFilter(9));
+    QCOMPARE(view.titles(), QStringLiteral("cde"));
+}
+
+void FilterTest::unfiledCards()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(UnfiledCategoryId));
+    QCOMPARE(view.titles(), QStringLiteral("f"));
+}
+
+void FilterTest::emptyCategoryIsAnOrdinaryView()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(7));
+    QCOMPARE(view.current().categoryId, quint8(7));
+    QCOMPARE(view.manager.count(), 0);
+    QVERIFY(!view.manager.first());
+    QVERIFY(view.setCategories(view.cardOf("b"), "\x07"));
+    QCOMPARE(view.titles(), QStringLiteral("b"));
+    QVERIFY(view.manager.sort("NUMB", true)); // an empty one too
+    QVERIFY(view.manager.enableFilter(8));
+    QCOMPARE(view.manager.count(), 0);
+    QCOMPARE(view.manager.sortItem(), NumberItem);
+}
+
+void FilterTest::indexOfACategory()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    const PIOIDXINFO &row = view.current();
+    QVERIFY(row.inUse);
+    QVERIFY(!row.sticky);
+    QVERIFY(!row.filtered);
+    QCOMPARE(int(row.categoryId), 9);
+    QCOMPARE(int(row.indexAge), 0);
+    QCOMPARE(temporaryFiles(), QStringList{QString::fromLatin1(row.fileName)});
+    const QByteArray index = view.currentPath();
+    QCOMPARE(infoOf(index, InfoBoxName), view.box.path().mid(3) + '\0');
+    QCOMPARE(infoOf(index, InfoSearchExpression), categoryTerm(9));
+    QCOMPARE(infoOf(index, InfoSubset), QByteArray("\1"));
+}
+
+void FilterTest::sameCategoryAgainDoesNothing()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.enableFilter(9));
+    const PIOIDXINFO rows[] = {view.table().indexes[0], view.table().indexes[1], view.table().indexes[2]};
+    const PIOIDXINFO *current = view.table().currentIndex;
+    const auto files = folderState();
+    QVERIFY(view.manager.enableFilter(9));
+    QCOMPARE(view.table().currentIndex, current);
+    QVERIFY(memcmp(rows, view.table().indexes, sizeof rows) == 0); // none has grown older
+    QCOMPARE(folderState(), files);
+}
+
+void FilterTest::unfiledIsBuiltAgain()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(UnfiledCategoryId));
+    const QByteArray former = view.currentPath();
+    QVERIFY(view.manager.enableFilter(UnfiledCategoryId));
+    QVERIFY(view.currentPath() != former);
+    QCOMPARE(temporaryFiles(), QStringList{QString::fromLatin1(view.current().fileName)});
+    QCOMPARE(rowsInUse(view), 2);
+    QCOMPARE(view.titles(), QStringLiteral("f"));
+}
+
+void FilterTest::permanentUnfiledIndexIsKept()
+{
+    TestBox box;
+    QVERIFY(makePermanent(box, "U.IDX", categoryTerm(UnfiledCategoryId)));
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    QVERIFY(manager.enableFilter(UnfiledCategoryId));
+    QVERIFY(!privateOf(manager).currentIndex->sticky);
+    QCOMPARE(infoOf(box.file("U.IDX"), InfoSearchExpression), categoryTerm(UnfiledCategoryId));
+}
+
+void FilterTest::thirdCallReusesTheFirstIndex()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    const PIOIDXINFO *first = view.table().currentIndex;
+    QVERIFY(view.manager.enableFilter(9));
+    const auto files = folderState();
+    QVERIFY(view.manager.enableFilter(5));
+    QCOMPARE(view.table().currentIndex, first);
+    QCOMPARE(int(first->indexAge), 0);
+    QCOMPARE(folderState(), files);
+    QCOMPARE(view.titles(), QStringLiteral("abcd"));
+}
+
+void FilterTest::invalidCategories_data()
+{
+    QTest::addColumn<int>("category");
+    QTest::newRow("below 0") << -1;
+    QTest::newRow("246") << 246;
+    QTest::newRow("250") << 250;
+    QTest::newRow("255") << 255;
+    QTest::newRow("5 in the low byte") << 0x105;
+    QTest::newRow("0 in the low byte") << 0x100;
+}
+
+void FilterTest::invalidCategories()
+{
+    QFETCH(int, category);
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    const auto files = folderState();
+    QVERIFY(!view.manager.enableFilter(category));
+    QCOMPARE(folderState(), files);
+    QCOMPARE(view.titles(), QStringLiteral("abcd"));
+    QCOMPARE(rowsInUse(view), 2);
+}
+
+void FilterTest::invalidCategoryWithAnIndex()
+{
+    TestBox box;
+    QVERIFY(makePermanent(box, "X.IDX", QByteArray("CTGR\xFE\x92\x0C\xFA\0", 9)));
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    QVERIFY(!manager.enableFilter(250));
+    QCOMPARE(privateOf(manager).currentIndex, privateOf(manager).masterIndex);
+}
+
+void FilterTest::categoryZeroInAPlainView()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(0));
+    QCOMPARE(view.table().currentIndex, view.table().masterIndex);
+    QVERIFY(view.manager.sort("NUMB", true));
+    const PIOIDXINFO *current = view.table().currentIndex;
+    QVERIFY(view.manager.enableFilter(0));
+    QCOMPARE(view.table().currentIndex, current);
+    QCOMPARE(view.titles(), QStringLiteral("fedcba"));
+}
+
+void FilterTest::categoryZeroInASearch()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.filter("a", KyPDataManager::FilterMaster, false));
+    QVERIFY(view.manager.enableFilter(0));
+    QVERIFY(view.manager.isFiltered());
+    QCOMPARE(view.titles(), QStringLiteral("a"));
+}
+
+void FilterTest::categoryZeroLeavesTheCategory()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.sort("NUMB", false));
+    QVERIFY(view.manager.enableFilter(0));
+    // Unlike disableFilter(), this brings the master itself into the order of the view.
+    QCOMPARE(view.table().currentIndex, view.table().masterIndex);
+    QCOMPARE(view.manager.sortItem(), NumberItem);
+    QVERIFY(!view.manager.ascendent());
+    QCOMPARE(view.titles(), QStringLiteral("abcdef"));
+    QCOMPARE(temporaryFiles().size(), 1);
+}
+
+void FilterTest::categoryZeroTakesTheFirstIndexWithout()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.close());
+    QVERIFY(makePermanent(view.box, " A.IDX", atLeast("NUMB", 5))); // stands before the master
+    KyPDataManager manager(view.box.path().constData(), nullptr, false);
+    QVERIFY(privateOf(manager).indexes[0].filtered);
+    QVERIFY(manager.enableFilter(5));
+    QVERIFY(manager.enableFilter(0));
+    QCOMPARE(privateOf(manager).currentIndex, &privateOf(manager).indexes[0]);
+    QVERIFY(manager.isFiltered());
+    QCOMPARE(manager.count(), 2);
+}
+
+/** Makes the permanent index of category 5 the master, with a manager of its own. */
+class CategoryMaster
+{
+public:
+    CategoryMaster()
+    {
+        {
+            View cards;
+            cards.addSix();
+            box = cards.box.path();
+            name = cards.box.file("C.IDX").mid(3);
+            cards.manager.close();
+            made = makePermanent(cards.box, "C.IDX", categoryTerm(5));
+        }
+        manager = std::make_unique<KyPDataManager>(box.constData(), nullptr, false);
+        made = made && manager->setCurrentIndex(name.constData(), true);
+    }
+    QString titles()
+    {
+        QString titles;
+        for (unsigned long card = manager->firstCard(); card; card = manager->nextCard(card))
+            titles += manager->readItem("TITL", card);
+        return titles;
+    }
+    KyPDtm::KyPDataManagerPrivate &table() { return privateOf(*manager); }
+
+    QByteArray box;
+    QByteArray name;
+    std::unique_ptr<KyPDataManager> manager;
+    bool made = false;
+};
+
+void FilterTest::categoryZeroWithACategoryAsMaster()
+{
+    CategoryMaster box;
+    QVERIFY(box.made);
+    QVERIFY(!box.manager->enableFilter(0));
+    QCOMPARE(box.titles(), QStringLiteral("abcd"));
+    QCOMPARE(temporaryFiles(), QStringList());
+}
+
+void FilterTest::masterThatIsACategoryAlwaysBuilds()
+{
+    CategoryMaster box;
+    QVERIFY(box.made);
+    QCOMPARE(box.titles(), QStringLiteral("abcd"));
+    QVERIFY(box.manager->enableFilter(9));
+    QCOMPARE(box.titles(), QStringLiteral("cd")); // of the master's cards
+    const QStringList first = temporaryFiles();
+    QVERIFY(box.manager->enableFilter(9));
+    QCOMPARE(box.titles(), QStringLiteral("cd"));
+    QVERIFY(temporaryFiles() != first);
+    QCOMPARE(temporaryFiles().size(), 1);
+    QVERIFY(box.manager->enableFilter(5));
+    QVERIFY(box.table().currentIndex != box.table().masterIndex);
+    QCOMPARE(temporaryFiles().size(), 2);
+    QCOMPARE(box.titles(), QStringLiteral("abcd"));
+    QVERIFY(box.table().masterIndex->inUse);
+}
+
+void FilterTest::newIndexTakesTheMastersOrder_data()
+{
+    QTest::addColumn<QString>("order");
+    QTest::addColumn<QString>("titles");
+    QTest::newRow("one key") << QStringLiteral("one") << QStringLiteral("cde");
+    QTest::newRow("two keys") << QStringLiteral("two") << QStringLiteral("edc");
+    QTest::newRow("none") << QStringLiteral("none") << QStringLiteral("cde");
+}
+
+void FilterTest::newIndexTakesTheMastersOrder()
+{
+    QFETCH(QString, order);
+    QFETCH(QString, titles);
+    View view("IDX", order == "one"   ? descendingNumbers()
+                     : order == "two" ? twoKeys()
+                                      : KyPDataManagerSortKey());
+    view.addSix();
+    sorts = 0;
+    QVERIFY(view.manager.enableFilter(9));
+    const PIOIDXINFO &row = view.current();
+    const PIOIDXINFO &master = *view.table().masterIndex;
+    QCOMPARE(row.sortItem, master.sortItem);
+    QCOMPARE(row.ascending, master.ascending);
+    QCOMPARE(row.sortExpLength, master.sortExpLength);
+    QVERIFY(memcmp(row.sortExp, master.sortExp, row.sortExpLength) == 0);
+    QCOMPARE(infoOf(view.currentPath(), InfoSortExpression), infoOf(view.box.master(), InfoSortExpression));
+    QCOMPARE(view.titles(), titles);
+    QCOMPARE(sorts, 0);
+    QVERIFY(view.manager.disableFilter(false));
+    QCOMPARE(view.table().currentIndex, &master);
+}
+
+void FilterTest::newIndexTakesTheOrderOfTheView()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.sort("NUMB", true));
+    LogCapture log;
+    QVERIFY(view.manager.enableFilter(9));
+    QCOMPARE(log.lines(), QStringList{"required sort"});
+    QCOMPARE(view.titles(), QStringLiteral("edc"));
+    QCOMPARE(view.manager.sortItem(), NumberItem);
+    QCOMPARE(view.manager.current1stSortKey(), QStringLiteral("NUMB"));
+}
+
+void FilterTest::newIndexTakesTheExpressionOfTheView()
+{
+    View view;
+    view.addSix();
+    const QByteArray order = plainKey("FLAG").chopped(1) + plainKey("NUMB");
+    QVERIFY(view.manager.sort(order.constData(), int(order.size()), true));
+    QVERIFY(view.manager.enableFilter(9));
+    QCOMPARE(view.titles(), QStringLiteral("edc"));
+    QCOMPARE(view.manager.sortItem(), 0);
+    QCOMPARE(int(view.current().sortExpLength), int(order.size()));
+    QCOMPARE(infoOf(view.currentPath(), InfoSortExpression), order);
+    QCOMPARE(view.manager.current1stSortKey(), QStringLiteral("FLAG"));
+}
+
+void FilterTest::newIndexKnowsItsDirection()
+{
+    View view("IDX", descendingNumbers());
+    view.addSix();
+    QVERIFY(!view.table().masterIndex->ascending);
+    QVERIFY(view.manager.sort("TITL", true));
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.current().ascending); // that of the view, not of the master
+    QVERIFY(view.manager.sort("TITL", true));
+    QCOMPARE(view.titles(), QStringLiteral("cde"));
+}
+
+void FilterTest::directionOfTheViewStays()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.sort("TITL", false));
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(!view.manager.ascendent());
+    QCOMPARE(view.titles(), QStringLiteral("edc"));
+}
+
+void FilterTest::reuseWithTheSameOrderSortsNothing()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.sort("NUMB", true));
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.enableFilter(9));
+    sorts = 0;
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.enableFilter(9));
+    QCOMPARE(sorts, 0);
+    QCOMPARE(view.titles(), QStringLiteral("edc"));
+}
+
+void FilterTest::reuseWithAnotherItem()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.disableFilter(false));
+    QVERIFY(view.manager.sort("NUMB", true));
+    const qsizetype files = temporaryFiles().size();
+    QVERIFY(view.manager.enableFilter(5));
+    QCOMPARE(temporaryFiles().size(), files);
+    QCOMPARE(view.titles(), QStringLiteral("dcba"));
+    QCOMPARE(view.manager.sortItem(), NumberItem);
+    QVERIFY(infoOf(view.currentPath(), InfoSortExpression).startsWith("NUMB"));
+    view.manager.sort(true); // the master's order, which the next reuse follows back
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.manager.enableFilter(5));
+    QCOMPARE(view.titles(), QStringLiteral("abcd"));
+    QCOMPARE(view.manager.sortItem(), TitleItem);
+}
+
+void FilterTest::reuseWithAnotherExpression()
+{
+    View view;
+    view.addSix();
+    const QByteArray order = plainKey("FLAG").chopped(1) + plainKey("NUMB");
+    const QByteArray other = plainKey("FLAG").chopped(1) + plainKey("NUMB", false);
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.disableFilter(false));
+    QVERIFY(view.manager.sort(order.constData(), int(order.size()), true));
+    QVERIFY(view.manager.enableFilter(5)); // had been sorted by an item
+    QCOMPARE(view.titles(), QStringLiteral("dcba"));
+    QCOMPARE(view.manager.sortItem(), 0);
+    QCOMPARE(infoOf(view.currentPath(), InfoSortExpression), order);
+    QVERIFY(view.manager.disableFilter(false));
+    QVERIFY(view.manager.sort(other.constData(), int(other.size()), true));
+    QVERIFY(view.manager.enableFilter(5)); // of the same length
+    QCOMPARE(view.titles(), QStringLiteral("abcd"));
+    QCOMPARE(infoOf(view.currentPath(), InfoSortExpression), other);
+    QVERIFY(view.manager.disableFilter(false));
+    QVERIFY(view.manager.sort("NUMB", true));
+    QVERIFY(view.manager.enableFilter(5)); // back to an item
+    QCOMPARE(view.titles(), QStringLiteral("dcba"));
+    QCOMPARE(view.manager.sortItem(), NumberItem);
+}
+
+void FilterTest::reuseWithNoOrder()
+{
+    View view("IDX", KyPDataManagerSortKey());
+    view.addSix();
+    QVERIFY(view.manager.sort("NUMB", true));
+    QVERIFY(view.manager.enableFilter(5));
+    QCOMPARE(view.titles(), QStringLiteral("dcba"));
+    QVERIFY(view.manager.close());
+    KyPDataManager next(view.box.path().constData(), nullptr, false); // its row has no expression
+    QCOMPARE(next.sortItem(), 0);
+    QVERIFY(next.enableFilter(5));
+    QCOMPARE(next.sortItem(), 0);
+    QCOMPARE(next.readItem("TITL", next.firstCard()), QStringLiteral("a")); // by card id
+}
+
+void FilterTest::reuseWhenTheTableIsFull()
+{
+    View view;
+    view.addSix();
+    QVERIFY(fillTable(view));
+    const QStringList files = temporaryFiles();
+    QVERIFY(view.manager.enableFilter(21));
+    QCOMPARE(int(view.current().categoryId), 21);
+    QCOMPARE(temporaryFiles(), files);
+    QCOMPARE(rowsInUse(view), KyPDtm::MaximumIndexes);
+}
+
+void FilterTest::oldestIndexMakesRoom()
+{
+    View view;
+    view.addSix();
+    QVERIFY(fillTable(view));
+    QVERIFY(view.manager.enableFilter(21)); // 22 is the oldest now
+    QVERIFY(view.manager.enableFilter(5));
+    QCOMPARE(view.titles(), QStringLiteral("abcd"));
+    QCOMPARE(temporaryFiles().size(), 9);
+    QStringList categories;
+    for (const PIOIDXINFO &row : view.table().indexes)
+        categories.append(QString::number(row.categoryId));
+    QVERIFY(!categories.contains("22"));
+    QVERIFY(categories.contains("21"));
+    QVERIFY(categories.contains("5"));
+}
+
+void FilterTest::resumedIndexMakesNoRoom()
+{
+    View view;
+    view.addSix();
+    QVERIFY(fillTable(view));
+    view.table().resumeIndex = &view.table().indexes[1]; // the oldest
+    QVERIFY(view.manager.enableFilter(5));
+    QCOMPARE(int(view.table().indexes[1].categoryId), 21);
+    QCOMPARE(int(view.table().indexes[2].categoryId), 5);
+}
+
+void FilterTest::viewThatMakesRoomPassesItsOrderOn()
+{
+    View view;
+    view.addSix();
+    QVERIFY(fillTable(view));
+    QVERIFY(view.manager.sort("NUMB", true));
+    keepAllButTheCurrent(view);
+    const PIOIDXINFO *row = view.table().currentIndex;
+    QVERIFY(view.manager.enableFilter(5));
+    QCOMPARE(view.table().currentIndex, row);
+    QCOMPARE(view.titles(), QStringLiteral("dcba"));
+    QCOMPARE(temporaryFiles().size(), 9);
+}
+
+void FilterTest::formerIndexThatMadeRoom()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(UnfiledCategoryId)); // will be the oldest
+    for (int category = 21; category < 29; ++category)
+        QVERIFY(view.manager.enableFilter(category));
+    QCOMPARE(rowsInUse(view), KyPDtm::MaximumIndexes);
+    QVERIFY(view.manager.enableFilter(UnfiledCategoryId));
+    QCOMPARE(int(view.current().categoryId), UnfiledCategoryId);
+    QCOMPARE(view.titles(), QStringLiteral("f"));
+    QCOMPARE(rowsInUse(view), KyPDtm::MaximumIndexes);
+}
+
+void FilterTest::nextManagerAdoptsTheCategory()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9)); // in the master's order
+    QVERIFY(view.manager.sort("NUMB", true));
+    QVERIFY(view.manager.enableFilter(5)); // in that of the view
+    QVERIFY(view.manager.close());
+    const QStringList files = temporaryFiles();
+    QCOMPARE(files.size(), 2);
+    KyPDataManager next(view.box.path().constData(), nullptr, false);
+    QCOMPARE(temporaryFiles(), files);
+    const auto &rows = privateOf(next).indexes;
+    QCOMPARE(int(rows[1].categoryId), 9);
+    QCOMPARE(int(rows[2].categoryId), 5);
+    QCOMPARE(int(rows[1].sortItem), NumberItem);
+    QCOMPARE(int(rows[2].sortItem), NumberItem);
+    QVERIFY(!rows[2].sticky);
+    QVERIFY(!rows[2].filtered);
+    QVERIFY(rows[2].ascending);
+    QVERIFY(next.enableFilter(5)); // in the master's order
+    QCOMPARE(privateOf(next).currentIndex, &rows[2]);
+    QCOMPARE(next.count(), 4);
+    QCOMPARE(next.readItem("TITL", next.firstCard()), QStringLiteral("a"));
+    QCOMPARE(temporaryFiles(), files);
+}
+
+void FilterTest::categoryFollowsEdits()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.setCategories(view.cardOf("a"), "\x05\x09"));
+    QVERIFY(view.setCategories(view.cardOf("d"), "\x05"));
+    QVERIFY(view.add("bb", 8, "\x09"));
+    QCOMPARE(view.titles(), QStringLiteral("abbce"));
+}
+
+void FilterTest::currentCardStays()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.first());
+    QVERIFY(view.manager.enableFilter(9));
+    QCOMPARE(view.manager.cardId(), view.cardOf("a"));
+    QVERIFY(view.manager.disableFilter(true));
+    QVERIFY(view.filter("b", KyPDataManager::FilterMaster, false));
+    QVERIFY(view.manager.unfilter(false));
+    QCOMPARE(view.manager.cardId(), view.cardOf("a"));
+}
+
+void FilterTest::categoryOfAClosedBox()
+{
+    View view;
+    view.addSix();
+    QVERIFY(fillTable(view));
+    const QStringList files = temporaryFiles();
+    QVERIFY(view.manager.close());
+    QVERIFY(!view.manager.enableFilter(5));
+    QCOMPARE(temporaryFiles(), files); // none has made room
+    QVERIFY(view.manager.open(false));
+    QCOMPARE(int(view.current().categoryId), 29);
+    QVERIFY(view.manager.enableFilter(5));
+    QCOMPARE(view.titles(), QStringLiteral("abcd"));
+}
+
+void FilterTest::managerWithNoTable()
+{
+    KyPDataManager manager("F0:NONE.BOX", nullptr, true);
+    QVERIFY(!manager.enableFilter(5));
+    QVERIFY(!manager.enableFilter(0));
+    QVERIFY(!manager.disableFilter(true));
+    QVERIFY(!manager.filter("", 1, "", 1, KyPDataManager::FilterMaster, true));
+    QVERIFY(!manager.unfilter(true));
+    manager.killIdxResume();
+    QVERIFY(!manager.isFiltered());
+}
+
+void FilterTest::disableGoesBackToAllCards()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    LogCapture log;
+    QVERIFY(view.manager.disableFilter(false));
+    QCOMPARE(log.lines(), QStringList());
+    QCOMPARE(view.table().currentIndex, view.table().masterIndex);
+    QCOMPARE(view.titles(), QStringLiteral("abcdef"));
+    QCOMPARE(temporaryFiles().size(), 1); // for the next time
+}
+
+void FilterTest::disableDiscards()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.disableFilter(true));
+    QCOMPARE(view.titles(), QStringLiteral("abcdef"));
+    QCOMPARE(temporaryFiles(), QStringList());
+    QCOMPARE(rowsInUse(view), 1);
+}
+
+void FilterTest::disableKeepsTheOrder()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.sort("NUMB", true));
+    QVERIFY(view.manager.disableFilter(false));
+    QCOMPARE(view.titles(), QStringLiteral("fedcba"));
+    const PIOIDXINFO *made = view.table().currentIndex;
+    QVERIFY(made != view.table().masterIndex);
+    QCOMPARE(temporaryFiles().size(), 2);
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.disableFilter(false));
+    QCOMPARE(view.table().currentIndex, made); // found
+    QCOMPARE(temporaryFiles().size(), 2);
+}
+
+void FilterTest::disableKeepsTheExpression()
+{
+    View view;
+    view.addSix();
+    const QByteArray order = plainKey("FLAG").chopped(1) + plainKey("NUMB");
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(!view.manager.sort(order.constData(), int(order.size()), true)); // false: has been sorted
+    QVERIFY(view.manager.disableFilter(true));
+    QCOMPARE(view.titles(), QStringLiteral("fedcba"));
+    QCOMPARE(view.manager.sortItem(), 0);
+    QVERIFY(view.table().currentIndex != view.table().masterIndex);
+}
+
+void FilterTest::disableKeepsTheDirection()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.sort("NUMB", false));
+    QVERIFY(view.manager.disableFilter(false));
+    QVERIFY(!view.manager.ascendent());
+    QCOMPARE(view.titles(), QStringLiteral("abcdef"));
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.manager.sort("TITL", false));
+    QVERIFY(view.manager.disableFilter(false));
+    QCOMPARE(view.table().currentIndex, view.table().masterIndex);
+    QCOMPARE(view.titles(), QStringLiteral("fedcba"));
+}
+
+void FilterTest::disableWithAMasterThatRunsBackwards()
+{
+    View view("IDX", descendingNumbers());
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.ascendent());
+    QCOMPARE(view.titles(), QStringLiteral("abcd"));
+    // Meant: it is a sort by the master's item, which counts the direction that is built into the index.
+    QVERIFY(view.manager.disableFilter(false));
+    QVERIFY(!view.manager.ascendent());
+    QCOMPARE(view.titles(), QStringLiteral("fedcba"));
+}
+
+void FilterTest::disableWithNoOrder()
+{
+    View view("IDX", KyPDataManagerSortKey());
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(5));
+    view.table().ascendent = false;
+    QVERIFY(view.manager.disableFilter(false));
+    QVERIFY(!view.manager.ascendent());
+    QCOMPARE(view.titles(), QStringLiteral("fedcba"));
+}
+
+void FilterTest::disableWithNoCategory()
+{
+    View view;
+    view.addSix();
+    LogCapture log;
+    QVERIFY(view.manager.disableFilter(true));
+    QCOMPARE(log.lines(), QStringList{"KyPDataManager::disableFilter already filter is disabled"});
+    QCOMPARE(view.titles(), QStringLiteral("abcdef"));
+    QCOMPARE(folderNames(boxFolder(), view.box.path().mid(3).chopped(3) + "IDX").size(), 1);
+}
+
+void FilterTest::disableOnAPlainView()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.sort("NUMB", true));
+    const PIOIDXINFO *current = view.table().currentIndex;
+    LogCapture log;
+    QVERIFY(view.manager.disableFilter(false));
+    QCOMPARE(log.lines(), QStringList{"KyPDataManager::disableFilter already filter is disabled"});
+    QCOMPARE(view.table().currentIndex, current); // by way of the master: the order is found again
+    QVERIFY(view.manager.disableFilter(true));    // deleted, and made again
+    QCOMPARE(view.titles(), QStringLiteral("fedcba"));
+    QCOMPARE(temporaryFiles().size(), 1);
+}
+
+void FilterTest::disableOnASearch()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.filterBy(atLeast("NUMB", 4), plainKey("NUMB"), KyPDataManager::FilterMaster, false));
+    LogCapture log;
+    QVERIFY(view.manager.disableFilter(true));
+    QCOMPARE(log.lines(), QStringList{"KyPDataManager::disableFilter already filter is disabled"});
+    QVERIFY(!view.manager.isFiltered());
+    QCOMPARE(view.titles(), QStringLiteral("fedcba")); // all cards, in the order of the search
+    QCOMPARE(temporaryFiles().size(), 1);
+}
+
+void FilterTest::disableNeverDiscardsTheMaster()
+{
+    CategoryMaster box;
+    QVERIFY(box.made);
+    QVERIFY(box.manager->disableFilter(true));
+    QVERIFY(box.table().masterIndex->inUse);
+    QCOMPARE(box.titles(), QStringLiteral("abcd"));
+}
+
+void FilterTest::disableInAnEmptyBox()
+{
+    View view;
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.sort("NUMB", true));
+    QVERIFY(!view.manager.disableFilter(false)); // no new order in an empty box
+    QCOMPARE(view.table().currentIndex, view.table().masterIndex);
+    QCOMPARE(temporaryFiles().size(), 1);
+}
+
+void FilterTest::filterShowsTheMatches()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.filterBy(atLeast("NUMB", 3), plainKey("NUMB"), KyPDataManager::FilterMaster, false));
+    QCOMPARE(view.titles(), QStringLiteral("dcba"));
+    QVERIFY(view.manager.isFiltered());
+    const PIOIDXINFO &row = view.current();
+    QVERIFY(row.inUse);
+    QVERIFY(row.filtered);
+    QVERIFY(row.ascending);
+    QVERIFY(!row.sticky);
+    QCOMPARE(int(row.categoryId), 0);
+    QCOMPARE(int(row.sortItem), 0);
+    QCOMPARE(QByteArray(reinterpret_cast<const char *>(row.sortExp), row.sortExpLength), plainKey("NUMB"));
+    QCOMPARE(infoOf(view.currentPath(), InfoSearchExpression), atLeast("NUMB", 3));
+    QCOMPARE(temporaryFiles(), QStringList{QString::fromLatin1(row.fileName)});
+    QVERIFY(view.manager.unfilter(false));
+    QCOMPARE(view.titles(), QStringLiteral("abcdef"));
+    QCOMPARE(temporaryFiles(), QStringList());
+    QCOMPARE(rowsInUse(view), 1);
+}
+
+void FilterTest::filterOverTheCurrentView()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.filterBy(atLeast("NUMB", 3), plainKey("NUMB"), KyPDataManager::FilterCurrent, false));
+    QCOMPARE(view.titles(), QStringLiteral("dc"));
+    QCOMPARE(temporaryFiles().size(), 2); // a category is no search: it stays
+}
+
+void FilterTest::filterOverTheMaster()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.filterBy(atLeast("NUMB", 3), plainKey("NUMB"), KyPDataManager::FilterMaster, false));
+    QCOMPARE(view.titles(), QStringLiteral("dcba"));
+}
+
+void FilterTest::filterOverTheResumedView()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.filter("c", KyPDataManager::FilterCurrent, true));
+    QCOMPARE(view.titles(), QStringLiteral("c"));
+    QVERIFY(view.filterBy(atLeast("NUMB", 1), plainKey("NUMB"), KyPDataManager::FilterResume, false));
+    QCOMPARE(view.titles(), QStringLiteral("edc"));
+    QCOMPARE(temporaryFiles().size(), 2); // the category and this one
+    QVERIFY(view.manager.unfilter(true));
+    QCOMPARE(int(view.current().categoryId), 9);
+}
+
+void FilterTest::filterOverNothingToResume()
+{
+    View view;
+    view.addSix();
+    QVERIFY(fillTable(view));
+    const QStringList files = temporaryFiles();
+    QVERIFY(!view.filter("c", KyPDataManager::FilterResume, true));
+    QCOMPARE(temporaryFiles(), files); // no row was taken
+    QCOMPARE(int(view.current().categoryId), 29);
+    QVERIFY(!view.table().resumeIndex);
+}
+
+void FilterTest::filterOverAnUnknownParent()
+{
+    View view;
+    view.addSix();
+    QVERIFY(fillTable(view));
+    const QStringList files = temporaryFiles();
+    QVERIFY(!view.filter("c", static_cast<KyPDataManager::FilterFor>(3), true));
+    QCOMPARE(temporaryFiles(), files);
+    QCOMPARE(int(view.current().categoryId), 29);
+}
+
+void FilterTest::filterReplacesAFilter()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.filterBy(atLeast("NUMB", 3), plainKey("NUMB"), KyPDataManager::FilterMaster, false));
+    QVERIFY(view.filterBy(atLeast("NUMB", 5), plainKey("NUMB"), KyPDataManager::FilterCurrent, false));
+    QCOMPARE(view.titles(), QStringLiteral("ba"));
+    QCOMPARE(temporaryFiles(), QStringList{QString::fromLatin1(view.current().fileName)});
+    QCOMPARE(rowsInUse(view), 2);
+    QVERIFY(!view.table().resumeIndex);
+    QVERIFY(view.manager.unfilter(true));
+    QCOMPARE(view.titles(), QStringLiteral("abcdef"));
+    QCOMPARE(temporaryFiles(), QStringList());
+}
+
+void FilterTest::filterKeepsAFilter()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.filterBy(atLeast("NUMB", 3), plainKey("NUMB"), KyPDataManager::FilterMaster, false));
+    const PIOIDXINFO *first = view.table().currentIndex;
+    QVERIFY(view.filterBy(atLeast("NUMB", 5), plainKey("NUMB"), KyPDataManager::FilterCurrent, true));
+    QCOMPARE(view.titles(), QStringLiteral("ba"));
+    QCOMPARE(view.table().resumeIndex, first);
+    QCOMPARE(temporaryFiles().size(), 2);
+    QVERIFY(view.manager.unfilter(true));
+    QCOMPARE(view.table().currentIndex, first);
+    QCOMPARE(view.titles(), QStringLiteral("dcba"));
+    QVERIFY(!view.table().resumeIndex);
+    QVERIFY(view.manager.unfilter(true));
+    QCOMPARE(view.titles(), QStringLiteral("abcdef"));
+    QCOMPARE(temporaryFiles(), QStringList());
+}
+
+void FilterTest::filterStaysInsideItsCategory()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.filterBy(atLeast("NUMB", 3), plainKey("NUMB"), KyPDataManager::FilterCurrent, true));
+    QCOMPARE(view.titles(), QStringLiteral("dc"));
+    QVERIFY(view.setCategories(view.cardOf("a"), "\x05\x09")); // in both
+    QVERIFY(view.setCategories(view.cardOf("b"), "\x05"));     // in the search only
+    QVERIFY(view.setCategories(view.cardOf("d"), "\x05"));     // no longer in the category
+    QCOMPARE(view.titles(), QStringLiteral("ca"));
+    QVERIFY(view.add("new", 9, ""));
+    QCOMPARE(view.titles(), QStringLiteral("ca"));
+    QVERIFY(view.manager.disableFilter(true)); // an index that is built anew
+    QVERIFY(view.manager.enableFilter(9));
+    QCOMPARE(view.manager.count(), 3);
+}
+
+void FilterTest::filterOfAFilterStaysInsideBoth()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.filterBy(atLeast("NUMB", 3), plainKey("NUMB"), KyPDataManager::FilterCurrent, false));
+    QVERIFY(view.filterBy(containsText("TITL", "a"), plainKey("NUMB"), KyPDataManager::FilterCurrent, false));
+    QCOMPARE(view.titles(), QString());
+    QVERIFY(view.add("a1", 9, "\x09"));
+    QVERIFY(view.add("a2", 1, "\x09")); // number too low
+    QVERIFY(view.add("a3", 9, "\x05")); // another category
+    QVERIFY(view.add("x", 9, "\x09"));  // another title
+    QCOMPARE(view.titles(), QStringLiteral("a1"));
+}
+
+void FilterTest::filterWithNoOrderTakesThatOfTheParent()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.sort("NUMB", true));
+    QVERIFY(view.manager.filter(atLeast("NUMB", 3).constData(), 9, nullptr, 0, KyPDataManager::FilterCurrent,
+                                false));
+    QCOMPARE(view.titles(), QStringLiteral("dcba"));
+    QCOMPARE(int(view.current().sortExpLength), 0);
+}
+
+void FilterTest::filterWithNoExpressionShowsTheWholeBox()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    const QByteArray order = plainKey("NUMB");
+    QVERIFY(view.filterBy(ExpressionEnd, order, KyPDataManager::FilterCurrent, true));
+    QCOMPARE(view.titles(), QStringLiteral("edc")); // an empty one: all of the parent
+    // With no bytes at all the parent doesn't count: callers make a view of all cards in this way.
+    QVERIFY(view.manager.filter(nullptr, 0, order.constData(), static_cast<unsigned long>(order.size()),
+                                KyPDataManager::FilterResume, false));
+    QCOMPARE(view.titles(), QStringLiteral("fedcba"));
+    QVERIFY(view.manager.isFiltered());
+}
+
+void FilterTest::filterIsAdopted()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.filterBy(atLeast("NUMB", 3), plainKey("NUMB"), KyPDataManager::FilterCurrent, true));
+    const QByteArray name = view.current().fileName;
+    unsigned long card = view.cardOf("d");
+    QVERIFY(view.manager.close());
+    KyPDataManager next(view.box.path().constData(), nullptr, false);
+    QVERIFY(!next.isFiltered());
+    QVERIFY(next.setCurrentIndex(name.constData(), false)); // in the order of the view
+    QVERIFY(next.isFiltered());
+    QCOMPARE(next.count(), 2);
+    QVERIFY(next.startEditCard(card));
+    QVERIFY(next.writeItem("CTGR", "\x05", 1));
+    QVERIFY(next.finishEditCard(&card));
+    QCOMPARE(next.count(), 1); // still inside the category
+    QVERIFY(next.unfilter(false));
+    QCOMPARE(next.count(), 6);
+}
+
+void FilterTest::filterThatMatchesNothing()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.filterBy(atLeast("NUMB", 100), plainKey("NUMB"), KyPDataManager::FilterMaster, false));
+    QVERIFY(view.manager.isFiltered());
+    QCOMPARE(view.manager.count(), 0);
+    QVERIFY(view.add("new", 100, ""));
+    QCOMPARE(view.titles(), QStringLiteral("new"));
+}
+
+void FilterTest::badExpressions_data()
+{
+    QTest::addColumn<QByteArray>("search");
+    QTest::addColumn<qulonglong>("searchLength");
+    QTest::addColumn<QByteArray>("order");
+    QTest::addColumn<qulonglong>("orderLength");
+    const QByteArray search = atLeast("NUMB", 3);
+    const QByteArray order = plainKey("NUMB");
+    const QByteArray fifty = containsText("TITL", QByteArray(42, 'x'));
+    QCOMPARE(fifty.size(), 50);
+    const QByteArray longer = containsText("TITL", QByteArray(43, 'x'));
+    const QByteArray keys = plainKey("NUMB").chopped(1).repeated(8) + QByteArray(3, '\0');
+    QTest::newRow("search too long") << longer << 51ULL << order << 7ULL;
+    QTest::newRow("search longer than an int") << search << 0x100000009ULL << order << 7ULL;
+    QTest::newRow("search of no bytes in an int") << search << 0x100000000ULL << order << 7ULL;
+    QTest::newRow("order too long") << search << 9ULL << keys << 51ULL;
+    QTest::newRow("order longer than an int") << search << 9ULL << order << 0x100000007ULL;
+    QTest::newRow("no search with a length") << QByteArray() << 9ULL << order << 7ULL;
+    QTest::newRow("no order with a length") << search << 9ULL << QByteArray() << 7ULL;
+    QTest::newRow("malformed search") << QByteArray("NUMB\xFE", 5) << 5ULL << order << 7ULL;
+    QTest::newRow("search cut short") << fifty << 49ULL << order << 7ULL;
+    QTest::newRow("malformed order") << search << 9ULL << QByteArray("NUMB", 4) << 4ULL;
+}
+
+void FilterTest::badExpressions()
+{
+    QFETCH(QByteArray, search);
+    QFETCH(qulonglong, searchLength);
+    QFETCH(QByteArray, order);
+    QFETCH(qulonglong, orderLength);
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    const QStringList files = temporaryFiles();
+    QVERIFY(!view.manager.filter(
+        search.isNull() ? nullptr : search.constData(), static_cast<unsigned long>(searchLength),
+        order.isNull() ? nullptr : order.constData(), static_cast<unsigned long>(orderLength),
+        KyPDataManager::FilterCurrent, true));
+    QCOMPARE(temporaryFiles(), files);
+    QCOMPARE(rowsInUse(view), 2);
+    QVERIFY(!view.table().resumeIndex);
+    QCOMPARE(view.titles(), QStringLiteral("cde"));
+}
+
+void FilterTest::filterKeepsDirectionAndCard()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.sort("TITL", false));
+    QVERIFY(view.manager.last());
+    QVERIFY(view.filterBy(atLeast("NUMB", 3), plainKey("NUMB"), KyPDataManager::FilterMaster, false));
+    QVERIFY(!view.manager.ascendent());
+    QCOMPARE(view.titles(), QStringLiteral("abcd"));
+    QCOMPARE(view.manager.cardId(), view.cardOf("a"));
+    QVERIFY(view.manager.unfilter(false));
+    QVERIFY(!view.manager.ascendent());
+    QCOMPARE(view.titles(), QStringLiteral("fedcba"));
+}
+
+void FilterTest::filterOfAClosedBox()
+{
+    View view;
+    view.addSix();
+    QVERIFY(fillTable(view));
+    const QStringList files = temporaryFiles();
+    QVERIFY(view.manager.close());
+    QVERIFY(!view.filter("a", KyPDataManager::FilterMaster, true));
+    QCOMPARE(temporaryFiles(), files);
+    QVERIFY(view.manager.open(false));
+    QVERIFY(view.filter("a", KyPDataManager::FilterMaster, true));
+    QCOMPARE(view.titles(), QStringLiteral("a"));
+}
+
+void FilterTest::parentMakesNoRoom()
+{
+    View view;
+    view.addSix();
+    QVERIFY(fillTable(view));
+    QVERIFY(view.manager.enableFilter(9));
+    keepAllButTheCurrent(view);
+    const QStringList files = temporaryFiles();
+    QVERIFY(!view.filter("c", KyPDataManager::FilterCurrent, false));
+    QCOMPARE(temporaryFiles(), files);
+    QCOMPARE(view.titles(), QStringLiteral("cde"));
+}
+
+void FilterTest::viewToResumeMakesNoRoom()
+{
+    View view;
+    view.addSix();
+    QVERIFY(fillTable(view));
+    QVERIFY(view.manager.enableFilter(9));
+    keepAllButTheCurrent(view);
+    QVERIFY(!view.filter("c", KyPDataManager::FilterMaster, true));
+    QCOMPARE(view.titles(), QStringLiteral("cde"));
+    QVERIFY(!view.table().resumeIndex);
+}
+
+void FilterTest::viewThatIsNotNeededMakesRoom()
+{
+    View view;
+    view.addSix();
+    QVERIFY(fillTable(view));
+    QVERIFY(view.filter("e", KyPDataManager::FilterMaster, false));
+    keepAllButTheCurrent(view);
+    QVERIFY(view.filter("c", KyPDataManager::FilterMaster, false));
+    QVERIFY(view.manager.isFiltered());
+    QCOMPARE(view.titles(), QStringLiteral("c"));
+    QCOMPARE(temporaryFiles().size(), 9);
+}
+
+void FilterTest::unfilterOnACategory()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    const auto files = folderState();
+    QVERIFY(!view.manager.unfilter(true));
+    QVERIFY(!view.manager.unfilter(false));
+    QCOMPARE(folderState(), files);
+    QCOMPARE(view.titles(), QStringLiteral("cde"));
+}
+
+void FilterTest::unfilterOnTheMaster()
+{
+    View view;
+    view.addSix();
+    view.table().resumeIndex = view.table().masterIndex;
+    QVERIFY(!view.manager.unfilter(true));
+    QCOMPARE(view.titles(), QStringLiteral("abcdef"));
+    QCOMPARE(view.table().resumeIndex, view.table().masterIndex);
+}
+
+void FilterTest::unfilterWithNothingToResume()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.filter("c", KyPDataManager::FilterCurrent, false));
+    QVERIFY(view.manager.unfilter(true));
+    QCOMPARE(view.table().currentIndex, view.table().masterIndex);
+}
+
+void FilterTest::unfilterResumes()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.sort("NUMB", true));
+    const PIOIDXINFO *sorted = view.table().currentIndex;
+    QVERIFY(view.filter("c", KyPDataManager::FilterCurrent, true));
+    QVERIFY(view.manager.unfilter(true));
+    QCOMPARE(view.table().currentIndex, sorted);
+    QCOMPARE(view.titles(), QStringLiteral("fedcba"));
+    QVERIFY(!view.table().resumeIndex);
+}
+
+void FilterTest::unfilterForgets()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.filter("c", KyPDataManager::FilterCurrent, true));
+    QVERIFY(view.table().resumeIndex);
+    QVERIFY(view.manager.unfilter(false));
+    QCOMPARE(view.table().currentIndex, view.table().masterIndex);
+    QVERIFY(!view.table().resumeIndex);
+}
+
+void FilterTest::unfilterRestoresNoOrder()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.sort("NUMB", true));
+    QVERIFY(view.filter("c", KyPDataManager::FilterCurrent, false));
+    QVERIFY(view.manager.unfilter(false));
+    QCOMPARE(view.titles(), QStringLiteral("abcdef"));
+    QCOMPARE(view.manager.sortItem(), TitleItem);
+}
+
+void FilterTest::unfilterDeletesAPermanentSearch()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.close());
+    QVERIFY(makePermanent(view.box, "P.IDX", atLeast("NUMB", 5)));
+    KyPDataManager manager(view.box.path().constData(), nullptr, false);
+    QVERIFY(manager.setCurrentIndex(view.box.file("P.IDX").mid(3).constData(), false));
+    QVERIFY(manager.isFiltered());
+    QCOMPARE(manager.count(), 2);
+    QVERIFY(manager.unfilter(true));
+    QCOMPARE(manager.count(), 6);
+    QCOMPARE(infoOf(view.box.file("P.IDX"), InfoSearchExpression), QByteArray("none"));
+}
+
+void FilterTest::unfilterKeepsTheMaster()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.close());
+    QVERIFY(makePermanent(view.box, "P.IDX", atLeast("NUMB", 5)));
+    KyPDataManager manager(view.box.path().constData(), nullptr, false);
+    QVERIFY(manager.setCurrentIndex(view.box.file("P.IDX").mid(3).constData(), true));
+    QVERIFY(manager.isFiltered());
+    QVERIFY(manager.unfilter(false));
+    QCOMPARE(privateOf(manager).currentIndex, privateOf(manager).masterIndex);
+    QCOMPARE(manager.count(), 2);
+    const QByteArray order = plainKey("NUMB");
+    QVERIFY(manager.filter(containsText("TITL", "a").constData(), 9, order.constData(), 7,
+                           KyPDataManager::FilterMaster, false));
+    QCOMPARE(manager.count(), 1);
+    QVERIFY(manager.unfilter(false));
+    QCOMPARE(manager.count(), 2);
+}
+
+void FilterTest::killedResume()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.filter("c", KyPDataManager::FilterCurrent, true));
+    view.manager.killIdxResume();
+    QVERIFY(!view.table().resumeIndex);
+    QVERIFY(!view.filter("c", KyPDataManager::FilterResume, true));
+    QVERIFY(view.manager.unfilter(true));
+    QCOMPARE(view.table().currentIndex, view.table().masterIndex);
+    QCOMPARE(temporaryFiles().size(), 1); // the category itself stays
+}
+
+void FilterTest::resumeIsForgottenWithItsIndex()
+{
+    View view;
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    const QByteArray category = view.current().fileName;
+    QVERIFY(view.filter("c", KyPDataManager::FilterCurrent, true));
+    QCOMPARE(int(view.table().resumeIndex->categoryId), 9);
+    QVERIFY(view.manager.setCurrentIndex(category.constData(), false));
+    QVERIFY(view.manager.disableFilter(true));
+    QVERIFY(!view.table().resumeIndex);
+    QVERIFY(view.filter("a", KyPDataManager::FilterMaster, false));
+    const QByteArray search = view.current().fileName;
+    QVERIFY(view.filter("b", KyPDataManager::FilterMaster, true));
+    QVERIFY(view.manager.setCurrentIndex(search.constData(), false));
+    QVERIFY(view.manager.unfilter(true)); // leaves the very view to resume
+    QVERIFY(!view.table().resumeIndex);
+    QCOMPARE(view.table().currentIndex, view.table().masterIndex);
+}
+
+QTEST_MAIN(FilterTest)
+#include "filtertest.moc"
