@@ -236,6 +236,10 @@ void IndexFamilyTest::attributeMovesCardsWhereTheOrderGoesByIt()
     QCOMPARE(cardsOf(index), (Cards{c, b, a}));
     box.setAttribute(c, 0);
     QCOMPARE(cardsOf(index), (Cards{b, a, c}));
+    TestBox::writeInfo(byName, InfoSortExpression, sortBy("ATTR", Descending));
+    QCOMPARE(_IndexSort(byName, box.handle()), PdtmStatus(PdtmOk));
+    box.setAttribute(c, 2);
+    QCOMPARE(cardsOf(byName), (Cards{c, b, a}));
 }
 
 void IndexFamilyTest::attributeDecidesWhereTheConditionGoesByIt()
