@@ -43,8 +43,7 @@ class Stage
 {
 public:
     Stage(const Scratch &scratch, const std::vector<Contact> &contacts)
-        : store("VIEW" + std::to_string(++s_stages)),
-          sqlite(scratch.file("view" + std::to_string(s_stages) + ".db"))
+        : store(nextName()), sqlite(scratch.file("view" + std::to_string(s_stages) + ".db"))
     {
         store.create();
         store.open();
@@ -63,6 +62,8 @@ public:
     SqliteSide sqlite;
 
 private:
+    /** Its first three letters name the temporary indexes, of which there are ten at most. */
+    static std::string nextName() { return std::to_string(100 + s_stages++) + "VIEW"; }
     static inline int s_stages = 0;
 };
 

@@ -35,8 +35,10 @@ constexpr TableDefinition Tables[] = {
     {"cards", "CREATE TABLE cards(id INTEGER PRIMARY KEY, data BLOB NOT NULL)"},
 };
 
+// Without spilling a page that an action changes several times is written once.
 constexpr const char *ConnectionSettings = "PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON; "
-                                           "PRAGMA synchronous=FULL; PRAGMA journal_size_limit=8388608";
+                                           "PRAGMA synchronous=FULL; PRAGMA journal_size_limit=8388608; "
+                                           "PRAGMA cache_spill=OFF";
 
 bool isFirstOf(Statement &statement, sqlite3 *connection)
 {

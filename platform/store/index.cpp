@@ -158,7 +158,9 @@ bool Index::rebuild(BoxFile &box)
 PdtmStatus Index::write(const IndexDefinition &definition, const IndexOrder &order, uint64_t counter)
 {
     const OrderImage image = order.hasKeys() ? imageOf(order, counter) : OrderImage();
-    const PdtmStatus status = writeIndexFile(m_path, definition, image, m_stamp);
+    const bool isEmptyFile = m_stamp.size >= 0 && !m_definition.filled;
+    const PdtmStatus status = isEmptyFile ? fillIndexFile(m_path, m_definition, definition, image, m_stamp)
+                                          : writeIndexFile(m_path, definition, image, m_stamp);
     if (status == PdtmOk) {
         m_orderChanged = !order.hasKeys();
         m_counterChanged = false;

@@ -415,8 +415,11 @@ void appendOrder(std::string &out, const OrderImage &order)
     out += order.keys;
 }
 
-std::string fileImage(const std::string &definition, const OrderImage &order)
+/** Keys beyond the limit are not stored: the order is marked unusable and made anew by the next process. */
+std::string fileImage(const std::string &definition, const OrderImage &whole)
 {
+    const OrderImage none;
+    const OrderImage &order = whole.keys.size() <= MaximumKeyBytes ? whole : none;
     const uint64_t checksum = checksumOf(bytesOf(definition));
     const auto length = static_cast<uint32_t>(definition.size());
     std::string out;
@@ -461,11 +464,9 @@ PdtmStatus writeIndexFile(const std::string &realPath, const IndexDefinition &de
     if (bytes.size() > MaximumDefinition) {
         return PdtmTooShort;
     }
-    // Keys beyond the limit are not stored: the order is marked unusable and made anew by the next process.
-    const std::string image = fileImage(bytes, order.keys.size() <= MaximumKeyBytes ? order : OrderImage{});
     const std::string newPath = realPath + ".new";
     FileStamp written;
-    int error = writeNewFile(newPath, image, written);
+    int error = writeNewFile(newPath, fileImage(bytes, order), written);
     if (error == 0 && rename(newPath.c_str(), realPath.c_str()) != 0) {
         error = errno;
     }
@@ -479,26 +480,52 @@ PdtmStatus writeIndexFile(const std::string &realPath, const IndexDefinition &de
 
 namespace {
 
-/** Writes over the counter of the file that @p stamp tells. Result 0 or an errno. */
-int overwriteCounter(const std::string &path, uint64_t offset, uint64_t counter, FileStamp &stamp)
+/** Opens the file that @p stamp tells for writing; -1 when it can't be, or when another one stands there. */
+int openSame(const std::string &path, const FileStamp &stamp)
 {
     const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
-    if (file < 0) {
-        return errno;
-    }
-    const StoredCounter stored = StoredCounter::of(counter);
     struct stat status = {};
-    const bool isSame = fstat(file, &status) == 0 && stampFrom(status) == stamp;
-    const ssize_t written = isSame ? pwrite(file, &stored, sizeof stored, static_cast<off_t>(offset)) : 0;
-    const int error = written < 0 ? errno : (written != sizeof stored ? EIO : 0);
-    if (written > 0 && fstat(file, &status) == 0) {
+    if (file >= 0 && (fstat(file, &status) != 0 || stampFrom(status) != stamp)) {
+        close(file);
+        return -1;
+    }
+    return file;
+}
+
+/** Closes a file that was written. */
+void closeWritten(int file, FileStamp &stamp)
+{
+    struct stat status = {};
+    if (fstat(file, &status) == 0) {
         stamp = stampFrom(status);
     }
     close(file);
-    return error;
+}
+
+bool writeOver(int file, const std::string &bytes, int64_t formerSize)
+{
+    const auto size = static_cast<off_t>(bytes.size());
+    return lseek(file, 0, SEEK_SET) == 0 && writeAll(file, bytes.data(), bytes.size()) &&
+           (size >= formerSize || ftruncate(file, size) == 0);
 }
 
 } // namespace
+
+PdtmStatus fillIndexFile(const std::string &realPath, const IndexDefinition &former,
+                         const IndexDefinition &definition, const OrderImage &order, FileStamp &stamp)
+{
+    const std::string bytes = encoded(definition);
+    const int file = bytes.size() <= MaximumDefinition ? openSame(realPath, stamp) : -1;
+    if (file < 0) {
+        return writeIndexFile(realPath, definition, order, stamp);
+    }
+    const int error = writeOver(file, fileImage(bytes, order), stamp.size) ? 0 : errno;
+    if (error != 0) {
+        static_cast<void>(writeOver(file, fileImage(encoded(former), OrderImage()), INT64_MAX));
+    }
+    closeWritten(file, stamp);
+    return error == 0 ? PdtmStatus{PdtmOk} : statusOfWriteError(error);
+}
 
 PdtmStatus writeIndexCounter(const std::string &realPath, uint64_t counter, FileStamp &stamp)
 {
@@ -510,7 +537,14 @@ PdtmStatus writeIndexCounter(const std::string &realPath, uint64_t counter, File
     if (reader.stamp() != stamp || reader.counter() == 0) {
         return PdtmDamaged;
     }
-    const int error = overwriteCounter(realPath, reader.counterOffset(), counter, stamp);
+    const int file = openSame(realPath, stamp);
+    if (file < 0) {
+        return statusOfWriteError(errno);
+    }
+    const StoredCounter stored = StoredCounter::of(counter);
+    const ssize_t written = pwrite(file, &stored, sizeof stored, static_cast<off_t>(reader.counterOffset()));
+    const int error = written < 0 ? errno : (written != sizeof stored ? EIO : 0);
+    closeWritten(file, stamp);
     return error == 0 ? PdtmStatus{PdtmOk} : statusOfWriteError(error);
 }
 

@@ -118,6 +118,13 @@ struct OrderImage
 PdtmStatus writeIndexFile(const std::string &realPath, const IndexDefinition &definition,
                           const OrderImage &order, FileStamp &stamp);
 
+/** Writes over a file that holds no cards yet, which asks less of the file system than a new file does. What
+ * comes of it when the process ends in the middle is a damaged index, and it was of no use before. On failure
+ * the file is as it was. @param former what the file holds @param stamp of the file; takes the new one.
+ * Results as for writeIndexFile() */
+PdtmStatus fillIndexFile(const std::string &realPath, const IndexDefinition &former,
+                         const IndexDefinition &definition, const OrderImage &order, FileStamp &stamp);
+
 /** Writes the change counter alone, in place, when the order in the file is that of the box still. Broken off
  * in the middle it leaves a stale order. @param stamp of the file that holds the order; takes the new one.
  * PdtmMissing, PdtmDamaged (another file stands there, or one without an order), PdtmReadOnly, PdtmIoError */
