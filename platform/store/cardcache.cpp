@@ -83,11 +83,13 @@ void CardCache::put(CardId card, Bytes packed)
         fill(present, packed);
         return;
     }
+    append(card, packed);
     m_waste += present ? lengthOf(present) : 0;
-    if (m_waste > MostWaste)
-        clear(); // taken in anew when many cards are asked for
-    else
-        append(card, packed);
+}
+
+bool CardCache::isWasteful() const
+{
+    return m_waste > MostWaste;
 }
 
 void CardCache::remove(CardId card)

@@ -3,12 +3,14 @@
 #include <cerrno>
 #include <dlfcn.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace expression;
 
 namespace {
 
 int g_writeError = 0;  // errno that write() gives instead of writing
+int g_brokenWrite = 0; // errno that write() gives once, when all but one byte is written
 int g_renameError = 0; // errno that rename() gives instead of renaming
 int g_placeError = 0;  // errno that pwrite() gives instead of writing
 
@@ -34,6 +36,13 @@ __attribute__((visibility("default"))) ssize_t write(int file, const void *bytes
         reinterpret_cast<ssize_t (*)(int, const void *, size_t)>(dlsym(RTLD_NEXT, "write"));
     if (g_writeError != 0) {
         errno = g_writeError;
+        return -1;
+    }
+    if (g_brokenWrite != 0 && size > 1) {
+        return next(file, bytes, size / 2);
+    }
+    if (g_brokenWrite != 0) {
+        errno = std::exchange(g_brokenWrite, 0);
         return -1;
     }
     return next(file, bytes, size);
@@ -71,6 +80,8 @@ class IndexWriteTest : public QObject
 private slots:
     void statusSaysWhy_data();
     void statusSaysWhy();
+    void fillThatBreaksOffIsUndone();
+    void fillOfAReplacedFile();
     void memoryServesWhatCantBeWritten();
     void closeWithoutSpace();
     void counterThatCantBeWritten();
@@ -99,7 +110,8 @@ void IndexWriteTest::statusSaysWhy()
     const uint16_t b = box.add("b", 1, "\1");
     const uint16_t a = box.add("a", 2, "\1");
     const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
-    const QByteArray one = box.describe("ONE.IDX", {}, category(1));
+    const QByteArray one = box.grouped("ONE.IDX", index, category(2));
+    TestBox::writeInfo(one, InfoSearchExpression, category(1));
     const QByteArray sort = sortBy("NUMB", Ascending);
     const QByteArray before = contentsOf(index);
     QList<int> results;
@@ -119,6 +131,49 @@ void IndexWriteTest::statusSaysWhy()
     const QDir folder = QFileInfo(TestBox::file(index)).dir();
     QCOMPARE(folder.entryList({"*.new"}, QDir::AllEntries), QStringList());
     QCOMPARE(_IndexGroup(index, one, box.handle()), PdtmStatus(PdtmOk));
+}
+
+void IndexWriteTest::fillThatBreaksOffIsUndone()
+{
+    TestBox box;
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const QByteArray one = box.describe("ONE.IDX", {}, category(1));
+    const uint16_t a = box.add("a", 0, "\1");
+    const QByteArray before = contentsOf(one);
+    {
+        const Failing failing(g_brokenWrite, ENOSPC);
+        QCOMPARE(_IndexGroup(master, one, box.handle()), PdtmStatus(PdtmOutOfSpace));
+        QCOMPARE(g_brokenWrite, 0);
+    }
+    QCOMPARE(contentsOf(one), before);
+    QVERIFY(cardsOf(one).isEmpty());
+    QCOMPARE(_IndexGroup(master, one, box.handle()), PdtmStatus(PdtmOk));
+    QCOMPARE(cardsOf(one), Cards{a});
+    const QByteArray filled = contentsOf(one);
+    box.restart();
+    QCOMPARE(cardsOf(one), Cards{a});
+    QCOMPARE(contentsOf(one), filled); // it was whole
+}
+
+/** What another process put there is not written over. */
+void IndexWriteTest::fillOfAReplacedFile()
+{
+    TestBox box;
+    const std::string path = pdtm::realPath(box.describe("ONE.IDX", {}, category(1)));
+    pdtm::IndexFileReader reader;
+    QCOMPARE(reader.open(path), PdtmStatus(PdtmOk));
+    const QString file = QString::fromStdString(path);
+    const QString kept = file + "2";
+    pdtm::FileStamp stamp = reader.stamp();
+    ++stamp.modified;
+    QVERIFY(::link(path.c_str(), QFile::encodeName(kept).constData()) == 0);
+    const QByteArray before = contentsOf(QFile::encodeName(kept));
+    pdtm::IndexDefinition definition = reader.definition();
+    definition.filled = true;
+    QCOMPARE(pdtm::fillIndexFile(path, reader.definition(), definition, pdtm::OrderImage(), stamp),
+             PdtmStatus(PdtmOk));
+    QCOMPARE(contentsOf(QFile::encodeName(kept)), before);
+    QVERIFY(contentsOf(QFile::encodeName(file)) != before);
 }
 
 void IndexWriteTest::memoryServesWhatCantBeWritten()
