@@ -318,10 +318,10 @@ public:
     /** Takes a category from a card, and the card from the view of that category. */
     bool removeCardFromCtgr(unsigned long card, int category, DeleteMode mode, bool flag);
     /**
-     * Gives a card another list, in an edit of its own. Views of categories that are there already are not
-     * brought up to date by this call; that of UnfiledCategoryId loses the card, unless it is the current one
-     * and the list empty.
-     * @return false on failure, and for any mode but DeleteSingle
+     * Gives a card, 0 for the current one, another list, in an edit of its own. The views of categories
+     * follow, as after any edit; but that of UnfiledCategoryId loses the card even to an empty list, unless
+     * it is the current one.
+     * @return false on failure, while an edit is under way, and for any mode but DeleteSingle
      */
     bool updateCategories(unsigned long card, const QList<int> &categories, DeleteMode mode, bool flag);
     /** The list of a card, 0 for the current one, without ids that FilerCheckCategoryId() refuses. Empty when
