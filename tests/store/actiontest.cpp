@@ -266,12 +266,16 @@ void ActionTest::manyChangesOfOneCard()
 {
     addAndReadMany();
     QCOMPARE(DtmBeginAction(m_handle), PdtmStatus(PdtmOk));
+    QCOMPARE(write(m_handle, 5, "NAPR", "once"), PdtmStatus(PdtmOk));
+    QCOMPARE(_CardDelete(m_handle, 6), PdtmStatus(PdtmOk));
     for (int i = 0; i < 200; ++i) {
         QCOMPARE(write(m_handle, 3, "NAPR", QByteArray(100000 + i, 'x')), PdtmStatus(PdtmOk));
         QCOMPARE(write(m_handle, 4, "NAPR", QByteArray::number(i)), PdtmStatus(PdtmOk));
     }
     QCOMPARE(read(m_handle, 3, "NAPR").size(), 100199);
     QCOMPARE(read(m_handle, 4, "NAPR"), QByteArray("199"));
+    QCOMPARE(read(m_handle, 5, "NAPR"), QByteArray("once"));
+    QCOMPARE(read(m_handle, 6, "NAPR"), QByteArray("status 65"));
     QCOMPARE(DtmEndAction(m_handle), PdtmStatus(PdtmOk));
     QCOMPARE(read(m_handle, 3, "NAPR").size(), 100199);
     QCOMPARE(sql(internalPath(m_box.mid(3)), "SELECT length(data) > 100199 FROM cards WHERE id = 3"),
