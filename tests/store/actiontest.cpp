@@ -27,6 +27,7 @@ private slots:
     void cardsOfTheActionKeepTheirIds();
     void garbageOfAnActionIsCounted();
     void manyChangesOfOneCard();
+    void cardOfAnotherLengthLeavesItsNeighbours();
     void refusalInsideAnActionKeepsIt();
     void oneSynchronisationAChange();
     void thousandChanges();
@@ -280,6 +281,18 @@ void ActionTest::manyChangesOfOneCard()
     QCOMPARE(read(m_handle, 3, "NAPR").size(), 100199);
     QCOMPARE(sql(internalPath(m_box.mid(3)), "SELECT length(data) > 100199 FROM cards WHERE id = 3"),
              QByteArray("1"));
+}
+
+void ActionTest::cardOfAnotherLengthLeavesItsNeighbours()
+{
+    addAndReadMany();
+    for (const int length : {1, 2, 3, 0, 1, 30, 29, 30, 31, 5, 5}) {
+        const QByteArray name(length, 'x');
+        QCOMPARE(write(m_handle, 3, "NAPR", name), PdtmStatus(PdtmOk));
+        QCOMPARE(read(m_handle, 2, "NAPR"), QByteArray("2"));
+        QCOMPARE(read(m_handle, 3, "NAPR"), name);
+        QCOMPARE(read(m_handle, 4, "NAPR"), QByteArray("4"));
+    }
 }
 
 void ActionTest::refusalInsideAnActionKeepsIt()
