@@ -52,9 +52,8 @@ FileMessage fileMessage(const QByteArray &data)
 int removedCategory(const QByteArray &data)
 {
     qint32 category = 0;
-    QCopArguments arguments(data);
-    arguments >> category;
-    return arguments.status() == QDataStream::Ok ? category : 0;
+    QCopArguments(data) >> category;
+    return category;
 }
 
 } // namespace

@@ -356,7 +356,9 @@ public:
      * Sorts by a sort expression of several keys.
      *
      * On a view of a category or a search the result is inverted: false after success, true after a failure.
-     * @param expression six bytes a key, with no 0 byte needed behind them @param length at most 50
+     * @param expression six bytes a key, with no 0 byte needed behind them
+     * @param length 1 to 50, a second key that the box adds included; otherwise the result is false, whatever
+     * the view
      */
     bool sort(const char *expression, int length, bool ascending);
     /** Goes back to the order of the master; a view of a category or a search keeps its cards. */
@@ -379,14 +381,17 @@ public:
      * @{ */
 
     /** Shows one category, in the order of the view. The index is kept for the next time, except for that of
-     * UnfiledCategoryId. @return false for an id that is no category, and on failure: the view stays */
+     * UnfiledCategoryId. Category 0 leaves a category for the first index without one, which is brought into
+     * the order of the view itself: call disableFilter() instead.
+     * @return false for an id that is no category, and on failure: the view stays */
     bool enableFilter(int category);
     /** Goes from a category back to all cards, in the order of the view. @param discard deletes the index of
      * the category @return the result of the sort() that restores the order */
     bool disableFilter(bool discard);
     /**
-     * Shows the cards that satisfy a search expression.
-     * @param sortExp order of the new view, @p sortLen bytes
+     * Shows the cards that satisfy a search expression. The direction of the view stays.
+     * @param searchExp @p searchLen bytes, at most 50; with none of them all cards of the box are shown
+     * @param sortExp order of the new view, @p sortLen bytes, at most 50; with none that of the parent
      * @param parent where the cards are chosen from
      * @param keepResume the present view is kept for unfilter(); otherwise it is deleted when it is a search
      * @return false on failure: the view stays

@@ -93,17 +93,6 @@ bool fillCategory(KyPDataManagerPrivate &d, PIOIDXINFO *row, int category, const
     return takeOrder(d, row, view);
 }
 
-/** Gives up a row that takeRow() gave, null when it gave none. When the view had to make room for it, that of
- * the master takes its place. @return false */
-bool abandon(KyPDataManagerPrivate &d, PIOIDXINFO *row)
-{
-    if (row)
-        d.dropRow(row);
-    if (!d.currentIndex->inUse)
-        d.makeCurrent(d.masterIndex);
-    return false;
-}
-
 /** Makes a new index of a category current. @param former its index until now, null when there is none */
 bool buildCategory(KyPDataManagerPrivate &d, int category, PIOIDXINFO *former)
 {
@@ -111,7 +100,7 @@ bool buildCategory(KyPDataManagerPrivate &d, int category, PIOIDXINFO *former)
     // A box that is closed can't fill an index: none has to make room for it.
     PIOIDXINFO *row = d.boxHandle ? d.takeRow() : nullptr;
     if (!row || !fillCategory(d, row, category, view))
-        return abandon(d, row);
+        return d.abandon(row);
     if (former && former != row && !former->sticky)
         d.dropRow(former);
     d.makeCurrent(row);
@@ -173,6 +162,8 @@ bool KyPDataManager::enableFilter(int category)
     const bool canReuse = category != UnfiledCategoryId && d->masterIndex->isPlain();
     if (canReuse && d->currentIndex->categoryId == category)
         return true;
+    // No category is found as the first index without one: a chooser that is cleared keeps the order it
+    // shows.
     PIOIDXINFO *found = categoryRow(*d, category);
     if (!canReuse || !found)
         return category != NoCategory && buildCategory(*d, category, found);
@@ -195,6 +186,7 @@ bool KyPDataManager::disableFilter(bool discard)
     if (discard)
         dropCurrent(*d);
     d->makeCurrent(d->masterIndex);
+    // As when the user asks for that order: a master that runs backwards turns the view round.
     if (view.sortItem)
         return sort(view.sortItem, d->ascendent);
     if (view.sortExpLength)
@@ -213,7 +205,7 @@ bool KyPDataManager::filter(const char *searchExp, unsigned long searchLen, cons
     if (!row ||
         createMIdxFile(d->rowPath(row).constData(), d->boxPath().constData(), searchExp, int(searchLen),
                        sortExp, int(sortLen), true, d->rowPath(chosenFrom).constData()) != 0)
-        return abandon(*d, row);
+        return d->abandon(row);
     row->inUse = true;
     row->filtered = true;
     row->indexAge = NewIndexAge;
@@ -226,7 +218,7 @@ bool KyPDataManager::unfilter(bool toResume)
 {
     if (!isFiltered())
         return false;
-    dropCurrent(*d);
+    dropCurrent(*d); // a permanent one too: it comes back when the files of the box are made sure of
     d->makeCurrent(toResume && d->resumeIndex ? d->resumeIndex : d->masterIndex);
     killIdxResume();
     return true;

@@ -177,6 +177,15 @@ PIOIDXINFO *KyPDataManagerPrivate::oldestRow(const PIOIDXINFO *kept)
     return oldest;
 }
 
+bool KyPDataManagerPrivate::abandon(PIOIDXINFO *row)
+{
+    if (row)
+        dropRow(row);
+    if (!currentIndex->inUse)
+        makeCurrent(masterIndex);
+    return false;
+}
+
 void KyPDataManagerPrivate::dropRow(PIOIDXINFO *row)
 {
     const QByteArray path = rowPath(row);
@@ -245,7 +254,7 @@ QByteArray KyPDataManagerPrivate::indexPath(const char *index) const
 {
     if (index)
         return index;
-    return currentIndex && currentIndex->inUse ? rowPath(currentIndex) : QByteArray();
+    return currentIndex ? rowPath(currentIndex) : QByteArray();
 }
 
 } // namespace KyPDtm

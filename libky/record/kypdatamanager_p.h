@@ -122,6 +122,9 @@ public:
      * room when all rows are in use, be it the current one. Null when none can be had.
      * @param kept makes no room, as the one to resume doesn't */
     [[nodiscard]] PIOIDXINFO *takeRow(const PIOIDXINFO *kept = nullptr);
+    /** Gives up a row that takeRow() gave, null when it gave none. When the current index had to make room,
+     * the master takes its place. @return false */
+    bool abandon(PIOIDXINFO *row);
     /** Deletes the index of a row and zeroes the row. It is no longer the one to resume; as current index it
      * stays pointed at, and the view then holds no card. */
     void dropRow(PIOIDXINFO *row);

@@ -89,12 +89,8 @@ bool sortIntoNewIndex(KyPDataManagerPrivate &d, quint8 item, const QByteArray &e
 {
     // A box that is closed can't fill an index: none has to make room for it.
     PIOIDXINFO *row = d.boxHandle ? d.takeRow() : nullptr;
-    if (!row)
-        return false;
-    if (!copyMaster(d, row, expression)) {
-        d.dropRow(row);
-        return false;
-    }
+    if (!row || !copyMaster(d, row, expression))
+        return d.abandon(row);
     row->inUse = true;
     row->indexAge = NewIndexAge;
     row->keepOrder(item, bytesOf(expression), int(expression.size()), true);

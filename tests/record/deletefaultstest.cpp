@@ -266,7 +266,7 @@ int childMain(int argc, char **argv)
         return 2;
     ChildProcess::say("go");
     watch = {};
-    watch.killBefore = atoi(argv[2]);
+    watch.killBefore = QByteArray(argv[2]).toInt();
     const bool isDone =
         qstrcmp(argv[1], "visible") == 0 ? manager.deleteCard(nullptr, Visible) : manager.categoryRemoved(5);
     ChildProcess::say(isDone ? "done" : "failed");

@@ -122,6 +122,7 @@ private slots:
     void directionOfTheViewStays();
     void reuseWithTheSameOrderSortsNothing();
     void reuseWithAnotherItem();
+    void reuseWithAnItemThatRunsBackwards();
     void reuseWithAnotherExpression();
     void reuseWithNoOrder();
     void reuseWhenTheTableIsFull();
@@ -133,6 +134,7 @@ private slots:
     void categoryFollowsEdits();
     void currentCardStays();
     void categoryOfAClosedBox();
+    void categoryBesideAHolder();
     void managerWithNoTable();
 
     void disableGoesBackToAllCards();
@@ -595,6 +597,22 @@ void FilterTest::reuseWithAnotherItem()
     QCOMPARE(view.manager.sortItem(), TitleItem);
 }
 
+void FilterTest::reuseWithAnItemThatRunsBackwards()
+{
+    View view("IDX", descendingNumbers());
+    view.addSix();
+    QVERIFY(view.manager.enableFilter(9));
+    QVERIFY(view.manager.sort("TITL", false));
+    QVERIFY(view.manager.enableFilter(5));
+    QVERIFY(view.manager.setCurrentIndex(view.table().masterIndex->fileName, false)); // by title, too
+    view.manager.sort(true);
+    QCOMPARE(view.table().currentIndex, view.table().masterIndex);
+    QVERIFY(view.manager.enableFilter(9));
+    QCOMPARE(view.manager.sortItem(), NumberItem);
+    QVERIFY(!view.current().ascending);
+    QCOMPARE(view.titles(), QStringLiteral("cde")); // from the highest number on
+}
+
 void FilterTest::reuseWithAnotherExpression()
 {
     View view;
@@ -769,6 +787,20 @@ void FilterTest::categoryOfAClosedBox()
     QCOMPARE(view.titles(), QStringLiteral("abcd"));
 }
 
+void FilterTest::categoryBesideAHolder()
+{
+    View view;
+    view.addSix();
+    KyPDataManager reader(view.box.path().constData(), nullptr, true);
+    QVERIFY(reader.enableFilter(9));
+    QCOMPARE(reader.count(), 3);
+    QVERIFY(view.setCategories(view.cardOf("a"), "\x09"));
+    QCOMPARE(reader.count(), 4);
+    QCOMPARE(reader.readItem("TITL", reader.firstCard()), QStringLiteral("a"));
+    QVERIFY(reader.disableFilter(true));
+    QCOMPARE(temporaryFiles(), QStringList());
+}
+
 void FilterTest::managerWithNoTable()
 {
     KyPDataManager manager("F0:NONE.BOX", nullptr, true);
@@ -828,9 +860,10 @@ void FilterTest::disableKeepsTheExpression()
     view.addSix();
     const QByteArray order = plainKey("FLAG").chopped(1) + plainKey("NUMB");
     QVERIFY(view.manager.enableFilter(5));
-    QVERIFY(!view.manager.sort(order.constData(), int(order.size()), true)); // false: has been sorted
+    QVERIFY(!view.manager.sort(order.constData(), int(order.size()), false)); // false: has been sorted
     QVERIFY(view.manager.disableFilter(true));
-    QCOMPARE(view.titles(), QStringLiteral("fedcba"));
+    QVERIFY(!view.manager.ascendent());
+    QCOMPARE(view.titles(), QStringLiteral("abcdef"));
     QCOMPARE(view.manager.sortItem(), 0);
     QVERIFY(view.table().currentIndex != view.table().masterIndex);
 }
@@ -877,7 +910,7 @@ void FilterTest::disableWithNoOrder()
 
 void FilterTest::disableWithNoCategory()
 {
-    View view;
+    View view("IDX", descendingNumbers()); // which a sort would turn round
     view.addSix();
     LogCapture log;
     QVERIFY(view.manager.disableFilter(true));

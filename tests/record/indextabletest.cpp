@@ -55,6 +55,22 @@ void makeFile(const QString &name)
         qFatal("a file can't be made");
 }
 
+/** Makes a box with a card and sorts it; the file name of the index that comes of it. */
+QByteArray sortedIndexOf(const QByteArray &box)
+{
+    KyPDataManagerItemInfo items;
+    items.addTextItem("TITL", "title");
+    items.addUcharItem("NUMB", "number");
+    KyPDataManagerSortKey order;
+    order.addSortKey("TITL", true, true);
+    const QByteArray master = QByteArray(box).replace(".BOX", ".IDX");
+    KyPDataManager::createFile(box.constData(), master.constData(), TestBox::ApplicationId, false, items,
+                               order, KyPDataManagerIndexInfo());
+    KyPDataManager manager(box.constData(), nullptr, false);
+    const bool sorted = addCard(manager, "a") && manager.sort("NUMB", true) && manager.count() == 1;
+    return sorted ? QByteArray(privateOf(manager).currentIndex->fileName) : QByteArray();
+}
+
 } // namespace
 
 class IndexTableTest : public QObject
@@ -72,6 +88,7 @@ private slots:
     void noRowAtAllIsAFailure();
     void namesCountUp();
     void allNamesTakenIsAFailure();
+    void boxesWithTheSameBeginningShareNames();
     void boxNamedLikeATemporaryIndex();
     void nextManagerAdoptsTemporaryIndexes();
 
@@ -242,24 +259,28 @@ void IndexTableTest::allNamesTakenIsAFailure()
         QFile::remove(boxFolder() + stem + QByteArray::number(digit) + ".tdx");
 }
 
+void IndexTableTest::boxesWithTheSameBeginningShareNames()
+{
+    const QByteArray first = "F0:SAMEA.BOX";
+    const QByteArray second = "F0:SAMEB.BOX";
+    QCOMPARE(sortedIndexOf(first), "ppinSAM0.tdx");
+    QCOMPARE(sortedIndexOf(second), "ppinSAM1.tdx");
+    // Each manager adopts that of its own box.
+    KyPDataManager manager(second.constData(), nullptr, false);
+    const PIOIDXINFO *rows = privateOf(manager).indexes;
+    QCOMPARE(rows[1].fileName, "ppinSAM1.tdx");
+    QVERIFY(!rows[2].inUse);
+    KyPDtm::DeleteFamilyIndex(first.constData());
+    KyPDtm::DeleteFamilyIndex(second.constData());
+}
+
 void IndexTableTest::boxNamedLikeATemporaryIndex()
 {
-    KyPDataManagerItemInfo items;
-    items.addTextItem("TITL", "title");
-    items.addUcharItem("NUMB", "number");
-    KyPDataManagerSortKey order;
-    order.addSortKey("TITL", true, true);
-    KyPDataManager::createFile("F0:ppinABCD.BOX", "F0:ppinABCD.IDX", TestBox::ApplicationId, false, items,
-                               order, KyPDataManagerIndexInfo());
-    KyPDataManager manager("F0:ppinABCD.BOX", nullptr, false);
-    QVERIFY(addCard(manager, "a"));
-    QVERIFY(manager.sort("NUMB", true));
-    QCOMPARE(privateOf(manager).currentIndex->fileName, "ppinABC0.BOXtdx");
-    QCOMPARE(manager.count(), 1);
-    KyPDtm::DeleteFamilyIndex("F0:ppinABCD.BOX");
+    const QByteArray box = "F0:ppinABCD.BOX";
+    QCOMPARE(sortedIndexOf(box), "ppinABC0.BOXtdx");
+    KyPDtm::DeleteFamilyIndex(box.constData());
     QCOMPARE(folderNames(boxFolder(), "ppinABC"), QStringList("ppinABCD.BOX"));
-    QVERIFY(manager.close());
-    QVERIFY(KyPDataManager::deleteFile("F0:ppinABCD.BOX"));
+    QVERIFY(KyPDataManager::deleteFile(box.constData()));
 }
 
 void IndexTableTest::nextManagerAdoptsTemporaryIndexes()
@@ -434,8 +455,10 @@ void IndexTableTest::temporaryIndexesComeFromTheNewMaster()
     QVERIFY(box.manager->sort("NUMB", true));
     QCOMPARE(QByteArray(box.currentRow().fileName), category);
     QCOMPARE(box.titles(), "cba");
+    const auto files = folderState();
     box.manager->sort(false); // the master itself: only its direction
     QCOMPARE(box.titles(), "abc");
+    QCOMPARE(folderState(), files);
     QVERIFY(box.manager->setCurrentIndex(box.box.master().mid(3).constData(), false));
     QVERIFY(box.manager->sort("SHRT", true));
     QCOMPARE(box.titles(), "bac"); // a copy of the master

@@ -128,6 +128,7 @@ private slots:
     void subsetThatIsEmptyIsNoFailure();
     void secondKeyThatFails();
     void evictedFileThatStays();
+    void currentIndexLostToAFailure_data();
     void currentIndexLostToAFailure();
     void orderLostByANewCurrentIndex();
     void orderLostByANewMaster_data();
@@ -284,26 +285,31 @@ void SortFaultsTest::evictedFileThatStays()
     QVERIFY(trial.rowNamed(evicted));
 }
 
+void SortFaultsTest::currentIndexLostToAFailure_data()
+{
+    QTest::addColumn<QByteArray>("operation");
+    QTest::addColumn<int>("result");
+    QTest::newRow("no file name") << QByteArray("GetNewFileName") << 0;
+    QTest::newRow("copy") << QByteArray("_IndexCopy") << int(Failure);
+    QTest::newRow("sort") << QByteArray("_IndexSort") << int(Failure);
+}
+
 void SortFaultsTest::currentIndexLostToAFailure()
 {
+    QFETCH(QByteArray, operation);
+    QFETCH(int, result);
     Trial trial;
-    QVERIFY(trial.manager->sort("FLAG", true));
-    KyPDtm::PIOIDXINFO *row = &trial.currentRow();
-    const QStringList sharedNames = trial.temporaries();
+    QVERIFY(trial.manager->sort("SALT", true));
+    const KyPDtm::PIOIDXINFO *row = &trial.currentRow();
+    QCOMPARE(trial.temporaries().size(), 1);
     leaveOneEvictable(trial, row);
-    fault() = {"_IndexSort", 0, Failure};
+    fault() = {operation, 0, result};
     QVERIFY(!trial.change(ByItem));
     QVERIFY(fault().hasHappened);
     QVERIFY(trial.temporaries().isEmpty());
-    QCOMPARE(sharedNames.size(), 1);
-    // It is still the one pointed at, and shows no card until another order is asked for.
-    QCOMPARE(&trial.currentRow(), row);
     QVERIFY(!row->inUse);
+    QCOMPARE(&trial.currentRow(), trial.record().masterIndex);
     QVERIFY(trial.manager->ascendent());
-    QCOMPARE(trial.titles(), "");
-    QCOMPARE(trial.manager->count(), -1);
-    trial.record().masterIndex->categoryId = 0;
-    trial.manager->sort(true);
     QCOMPARE(trial.titles(), "abcd");
 }
 

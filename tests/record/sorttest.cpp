@@ -69,6 +69,7 @@ private slots:
     void directionOfTheMaster();
     void subsetTakesTheOrderOfTheMaster_data();
     void subsetTakesTheOrderOfTheMaster();
+    void categoryLeftInTheOrderOfTheMaster();
 
     void firstSortKey();
     void dumpOfTheTable();
@@ -548,6 +549,8 @@ void SortTest::impossibleExpressions()
     QVERIFY(refuses());
     QVERIFY(box.showSubset(true));
     QVERIFY(refuses()); // nothing is inverted where nothing was tried
+    memcpy(box.record().extBoxInfo->secondSortItem, "NUMB", 4);
+    QVERIFY(refuses());
 }
 
 void SortTest::malformedExpressionLeavesNoFile()
@@ -766,6 +769,25 @@ void SortTest::subsetTakesTheOrderOfTheMaster()
     QCOMPARE(box.currentRow().ascending, master.ascending);
     QCOMPARE(box.keptOrder(box.currentRow()), box.keptOrder(master));
     QVERIFY(box.temporaries().isEmpty());
+}
+
+void SortTest::categoryLeftInTheOrderOfTheMaster()
+{
+    SortBox box;
+    QVERIFY(box.manager->enableFilter(5));
+    QVERIFY(box.manager->sort("NUMB", true));
+    QCOMPARE(box.titles(), "cba");
+    box.manager->sort(false);
+    const QByteArray name = box.currentRow().fileName;
+    QCOMPARE(box.titles(), "cba"); // by title, backwards
+    QVERIFY(box.manager->disableFilter(false));
+    QCOMPARE(&box.currentRow(), box.record().masterIndex);
+    QCOMPARE(box.titles(), "dcba");
+    QCOMPARE(box.titlesIn(name), "abc");
+    QVERIFY(box.manager->enableFilter(5)); // found as it was left
+    QCOMPARE(QByteArray(box.currentRow().fileName), name);
+    QCOMPARE(box.titles(), "cba");
+    QCOMPARE(box.temporaries(), QStringList(name));
 }
 
 void SortTest::firstSortKey()

@@ -66,12 +66,14 @@ public:
     /** a to f, numbered 6 to 1: a, b, c, d in category 5, c, d, e in category 9, f in none. */
     void addSix()
     {
+        manager.beginAction();
         add("a", 6, "\x05");
         add("b", 5, "\x05");
         add("c", 4, "\x05\x09");
         add("d", 3, "\x05\x09");
         add("e", 2, "\x09");
         add("f", 1, "");
+        manager.endAction();
     }
 
     bool setCategories(unsigned long card, const QByteArray &categories)
