@@ -119,7 +119,7 @@ void SqliteSide::load(const std::vector<Contact> &contacts)
 
 int64_t SqliteSide::fileSize()
 {
-    execute("PRAGMA wal_checkpoint(TRUNCATE)");
+    emptyLog();
     sqlite3_stmt *size = prepared("SELECT page_count * page_size FROM pragma_page_count, pragma_page_size");
     step(size, SQLITE_ROW);
     const int64_t bytes = sqlite3_column_int64(size, 0);
@@ -170,14 +170,72 @@ size_t SqliteSide::walk()
     return bytes;
 }
 
-std::vector<int> SqliteSide::orderByReading()
+std::vector<int> SqliteSide::idsOf(const std::string &sql)
 {
-    sqlite3_stmt *rows = prepared("SELECT id FROM contacts ORDER BY NAPR COLLATE japanese, id");
+    sqlite3_stmt *rows = prepared(sql);
     std::vector<int> ids;
     while (sqlite3_step(rows) == SQLITE_ROW)
         ids.push_back(sqlite3_column_int(rows, 0));
     sqlite3_reset(rows);
     return ids;
+}
+
+std::vector<int> SqliteSide::orderByReading()
+{
+    return idsOf("SELECT id FROM contacts ORDER BY NAPR COLLATE japanese, id");
+}
+
+std::vector<int> SqliteSide::orderByCompany()
+{
+    return idsOf("SELECT id FROM contacts ORDER BY CMPN COLLATE japanese, id");
+}
+
+size_t SqliteSide::namesOfCategory(int category)
+{
+    sqlite3_stmt *rows =
+        prepared("SELECT id, FULL FROM contacts WHERE CTGR = ? ORDER BY NAPR COLLATE japanese, id");
+    sqlite3_bind_int(rows, 1, category);
+    size_t bytes = 0;
+    while (sqlite3_step(rows) == SQLITE_ROW)
+        if (sqlite3_column_int(rows, 0) > 0 && sqlite3_column_text(rows, 1))
+            bytes += static_cast<size_t>(sqlite3_column_bytes(rows, 1));
+    sqlite3_reset(rows);
+    return bytes;
+}
+
+int SqliteSide::countContaining(const std::string &text)
+{
+    static const std::string sql = "SELECT count(*) FROM contacts WHERE " + columnList(" OR ", " LIKE ?1");
+    const std::string pattern = "%" + text + "%";
+    sqlite3_stmt *count = prepared(sql);
+    sqlite3_bind_text(count, 1, pattern.data(), static_cast<int>(pattern.size()), SQLITE_STATIC);
+    step(count, SQLITE_ROW);
+    const int result = sqlite3_column_int(count, 0);
+    sqlite3_reset(count);
+    return result;
+}
+
+void SqliteSide::changeCategory(const std::string &sql, int category)
+{
+    sqlite3_stmt *change = prepared(sql);
+    sqlite3_bind_int(change, 1, category);
+    step(change, SQLITE_DONE);
+    sqlite3_reset(change);
+}
+
+void SqliteSide::deleteCategory(int category)
+{
+    changeCategory("DELETE FROM contacts WHERE CTGR = ?", category);
+}
+
+void SqliteSide::clearCategory(int category)
+{
+    changeCategory("UPDATE contacts SET CTGR = NULL WHERE CTGR = ?", category);
+}
+
+void SqliteSide::emptyLog()
+{
+    execute("PRAGMA wal_checkpoint(TRUNCATE)");
 }
 
 void SqliteSide::indexByReading()

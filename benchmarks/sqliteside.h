@@ -31,6 +31,17 @@ public:
     size_t walk();
     /** All ids by reading, ordered by ICU. */
     std::vector<int> orderByReading();
+    /** The same by company. */
+    std::vector<int> orderByCompany();
+    /** Id and name of each contact of a category by reading, ordered by ICU; bytes of the names. */
+    size_t namesOfCategory(int category);
+    /** Number of contacts with @p text in any of their texts. */
+    int countContaining(const std::string &text);
+    void deleteCategory(int category);
+    /** Takes a category from all contacts that have it. */
+    void clearCategory(int category);
+    /** Takes the write-ahead file over and empties it, as after a quiet moment. */
+    void emptyLog();
     /** The same as an SQL index that is kept. */
     void indexByReading();
 
@@ -42,6 +53,8 @@ private:
     };
     void execute(const std::string &sql);
     sqlite3_stmt *prepared(const std::string &sql);
+    std::vector<int> idsOf(const std::string &sql);
+    void changeCategory(const std::string &sql, int category);
     void step(sqlite3_stmt *statement, int expected);
     static void bindContact(sqlite3_stmt *statement, const Contact &contact);
 

@@ -1,6 +1,7 @@
 // Measures the record store beside plain SQLite, in one run; README.md tells what each line means.
 #include "contacts.h"
 #include "report.h"
+#include "scratch.h"
 #include "sqliteside.h"
 #include "storeside.h"
 #include "synchronisations.h"
@@ -8,51 +9,16 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
 #include <functional>
-#include <linux/magic.h>
 #include <numeric>
 #include <random>
 #include <spawn.h>
-#include <sys/vfs.h>
 #include <sys/wait.h>
 
 namespace {
 
 constexpr int Small = 5000, Large = 50000;
 constexpr std::array<int, 4> ReadItems = {NameItem, PhoneItem, MailItem, MemoItem};
-
-/** A folder for one run, removed at its end. It is the home of the store's internal storage, too. */
-class Scratch
-{
-public:
-    explicit Scratch(const std::string &parent)
-    {
-        std::string folder = parent + "/storebenchmark.XXXXXX";
-        m_path = mkdtemp(folder.data()) ? folder : std::string();
-        if (m_path.empty() || isInMemory()) {
-            std::fprintf(stderr, "%s is no folder on a disk\n", parent.c_str());
-            std::exit(2);
-        }
-        setenv("HOME", m_path.c_str(), 1);
-    }
-    ~Scratch() { std::filesystem::remove_all(m_path); }
-    Scratch(const Scratch &) = delete;
-    Scratch &operator=(const Scratch &) = delete;
-    [[nodiscard]] std::string file(const std::string &name) const { return m_path + "/" + name; }
-
-private:
-    [[nodiscard]] bool isInMemory() const
-    {
-        struct statfs status;
-        const bool inMemory = statfs(m_path.c_str(), &status) == 0 && status.f_type == TMPFS_MAGIC;
-        if (inMemory)
-            std::filesystem::remove_all(m_path);
-        return inMemory;
-    }
-    std::string m_path;
-};
 
 /** Both sides with the same contacts. */
 struct Stage
@@ -392,21 +358,11 @@ void measureChanges(Report &report, Stage &stage)
     stage.store.close();
 }
 
-std::string folderOf(int argc, char **argv)
-{
-    if (argc == 1)
-        return ".";
-    if (argc == 3 && std::strcmp(argv[1], "--dir") == 0)
-        return argv[2];
-    std::fputs("usage: storebenchmark [--dir FOLDER]\n", stderr);
-    std::exit(2);
-}
-
 } // namespace
 
 int main(int argc, char **argv)
 {
-    const Scratch scratch(folderOf(argc, argv));
+    const Scratch scratch(parentFolder(argc, argv));
     DtmSetLanguage("ja");
     Report report;
     Stage small(scratch, Small), large(scratch, Large);

@@ -12,7 +12,7 @@ using namespace pdtm;
 
 namespace {
 
-constexpr size_t HeadSize = 24, TailSize = 24, OrderHeaderSize = 32;
+constexpr size_t HeadSize = 24, TailSize = 24, OrderHeaderSize = 40;
 using File = std::vector<uint8_t>;
 
 template <typename T> T numberAt(const File &file, size_t offset)
@@ -31,19 +31,20 @@ void mendOrder(File &file, size_t offset)
 {
     if (offset + OrderHeaderSize > file.size())
         return;
-    const size_t count = numberAt<uint32_t>(file, offset + 8),
-                 keyBytes = numberAt<uint32_t>(file, offset + 12);
+    setChecksum(file, offset + 8, checksumOf(Bytes(file).subspan(offset, 8)));
+    const size_t count = numberAt<uint32_t>(file, offset + 16),
+                 keyBytes = numberAt<uint32_t>(file, offset + 20);
     const size_t cards = offset + OrderHeaderSize, attributes = cards + 2 * count, ends = attributes + count;
     if (count > file.size() || ends + 4 * count + keyBytes > file.size())
         return;
     Checksum order, keys;
-    order.add(file.data() + offset, 16);
+    order.add(file.data() + offset + 16, 8);
     order.add(file.data() + cards, 2 * count);
     order.add(file.data() + attributes, count);
     keys.add(file.data() + ends, 4 * count);
     keys.add(file.data() + ends + 4 * count, keyBytes);
-    setChecksum(file, offset + 16, order.result());
-    setChecksum(file, offset + 24, keys.result());
+    setChecksum(file, offset + 24, order.result());
+    setChecksum(file, offset + 32, keys.result());
 }
 
 void mend(File &file)

@@ -52,8 +52,11 @@ void KyPDataManager::markVisible()
     const unsigned long workCard = d->workCard;
     const QByteArray index = d->indexPath(nullptr);
     unsigned long card = d->step(index, true, 0);
-    while (card && writeAttribute(card, AttributeMask, true))
-        card = d->step(index, true, card);
+    while (card) {
+        // Before the mark, which moves the card in a view that goes by ATTR.
+        const unsigned long next = d->step(index, true, card);
+        card = writeAttribute(card, AttributeMask, true) ? next : 0;
+    }
     d->editing = editing;
     d->workCard = workCard;
 }

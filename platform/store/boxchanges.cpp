@@ -62,7 +62,9 @@ PdtmStatus SqliteBox::startTransaction()
 
 PdtmStatus SqliteBox::commit()
 {
-    PdtmStatus status = removeStoredScratchCards();
+    PdtmStatus status = writeCards();
+    if (status == PdtmOk)
+        status = removeStoredScratchCards();
     if (status == PdtmOk)
         status = m_database.writeState(m_state);
     if (status == PdtmOk)
@@ -88,6 +90,7 @@ void SqliteBox::undo(PdtmStatus reason)
     m_state = m_stateBefore;
     m_state.syncId = syncId; // an id that was given out is never given out again
     m_cache.clear();
+    m_unwritten.clear();
     Schema schema;
     if (m_database.readSchema(schema) == PdtmOk)
         setSchema(std::move(schema));
@@ -102,12 +105,53 @@ void SqliteBox::riseCounter()
 
 PdtmStatus SqliteBox::storeCard(CardId card, Bytes packed)
 {
-    const PdtmStatus status = m_database.writeCard(card, packed);
-    if (status == PdtmOk) {
-        m_cache.put(card, packed);
-        riseCounter();
-    }
+    PdtmStatus status = PdtmOk;
+    if (m_cache.isLoaded())
+        m_unwritten.insert(card);
+    else
+        status = m_database.writeCard(card, packed);
+    if (status != PdtmOk)
+        return status;
+    m_cache.put(card, packed);
+    riseCounter();
+    if (!m_cache.isWasteful())
+        return PdtmOk;
+    status = writeCards();
+    m_cache.clear();
     return status;
+}
+
+PdtmStatus SqliteBox::eraseCard(CardId card)
+{
+    PdtmStatus status = PdtmOk;
+    if (m_cache.isLoaded())
+        m_unwritten.insert(card);
+    else
+        status = m_database.deleteCard(card);
+    if (status == PdtmOk)
+        m_cache.remove(card);
+    return status;
+}
+
+/** Brings the file up to what the cache holds. */
+PdtmStatus SqliteBox::writeCards()
+{
+    for (const CardId card : m_unwritten) {
+        RecordView record;
+        const bool isThere = m_cache.find(card, record) == PdtmOk;
+        const PdtmStatus status =
+            isThere ? m_database.writeCard(card, record.packed()) : m_database.deleteCard(card);
+        if (status != PdtmOk)
+            return status;
+    }
+    m_unwritten.clear();
+    return PdtmOk;
+}
+
+PdtmStatus SqliteBox::garbageSize(uint64_t &bytes)
+{
+    const PdtmStatus status = writeCards();
+    return status == PdtmOk ? m_database.garbageSize(bytes) : status;
 }
 
 PdtmStatus SqliteBox::writeOrdinaryCard(CardId card, Bytes packed)
@@ -139,7 +183,10 @@ PdtmStatus SqliteBox::expectNewCard(CardId &card)
         card = start;
         return PdtmOk;
     }
-    status = m_database.firstFreeCard(start, PdtmLastOrdinaryCard, card);
+    if (status == PdtmOk)
+        status = writeCards();
+    if (status == PdtmOk)
+        status = m_database.firstFreeCard(start, PdtmLastOrdinaryCard, card);
     if (status == PdtmOutOfSpace && start > 1)
         status = m_database.firstFreeCard(1, static_cast<CardId>(start - 1), card);
     return status;
@@ -203,9 +250,8 @@ PdtmStatus SqliteBox::deleteCard(CardId card)
     if (!isInUse(card, status))
         return status;
     return change([&] {
-        const PdtmStatus deleted = m_database.deleteCard(card);
+        const PdtmStatus deleted = eraseCard(card);
         if (deleted == PdtmOk) {
-            m_cache.remove(card);
             riseCounter();
             family::cardsDeleted(*this, {&card, 1});
         }
@@ -227,9 +273,8 @@ PdtmStatus SqliteBox::deleteCards(uint8_t mask, uint8_t value)
         return PdtmOk;
     return change([&] {
         for (const CardId card : cards) {
-            if (const PdtmStatus status = m_database.deleteCard(card); status != PdtmOk)
+            if (const PdtmStatus status = eraseCard(card); status != PdtmOk)
                 return status;
-            m_cache.remove(card);
         }
         riseCounter();
         family::cardsDeleted(*this, cards);
@@ -270,7 +315,7 @@ PdtmStatus SqliteBox::writeItem(CardId card, const ItemDescription &item, Bytes 
     return change([&] {
         const PdtmStatus status = storeCard(card, bytesOf(packed));
         if (status == PdtmOk)
-            family::attributeWritten(*this, card, RecordView(bytesOf(packed)).attribute());
+            family::attributeWritten(*this, card, RecordView(bytesOf(packed)));
         return status;
     });
 }

@@ -192,7 +192,7 @@ PdtmStatus readGarbageSize(const char *path, uint32_t *size)
     if (box.status() != PdtmOk)
         return box.status();
     uint64_t bytes = 0;
-    const PdtmStatus status = box->database().garbageSize(bytes);
+    const PdtmStatus status = box->garbageSize(bytes);
     if (status == PdtmOk)
         *size = static_cast<uint32_t>(std::min<uint64_t>(bytes, UINT32_MAX));
     return status;

@@ -79,15 +79,18 @@ void CardCache::put(CardId card, Bytes packed)
         return;
     }
     uint8_t *present = m_cards[card];
-    if (present && lengthOf(present) == packed.size()) {
+    const size_t former = present ? lengthOf(present) : 0;
+    const bool fits = present && packed.size() <= former;
+    if (fits)
         fill(present, packed);
-        return;
-    }
-    m_waste += present ? lengthOf(present) : 0;
-    if (m_waste > MostWaste)
-        clear(); // taken in anew when many cards are asked for
     else
         append(card, packed);
+    m_waste += fits ? former - packed.size() : former;
+}
+
+bool CardCache::isWasteful() const
+{
+    return m_waste > MostWaste;
 }
 
 void CardCache::remove(CardId card)

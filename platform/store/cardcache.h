@@ -23,6 +23,9 @@ public:
     void clear();
 
     [[nodiscard]] bool isLoaded() const { return !m_cards.empty(); }
+    /** So much of the memory is taken by former states of cards that the cache should be cleared, and taken
+     * in anew when many cards are asked for. */
+    [[nodiscard]] bool isWasteful() const;
     /** Takes all cards in unless they are too many. */
     void load(BoxDatabase &database);
     /** Counts a card that had to be read from the file; true when it is time to load. */

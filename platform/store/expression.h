@@ -1,6 +1,7 @@
 #ifndef PDTM_EXPRESSION_H
 #define PDTM_EXPRESSION_H
 
+#include "foldedtext.h"
 #include "record.h"
 
 #include <optional>
@@ -73,6 +74,8 @@ public:
     static size_t measure(const uint8_t *expression, size_t limit);
 
     [[nodiscard]] bool isEmpty() const { return m_terms.empty(); }
+    /** A term is on the item of this code. */
+    [[nodiscard]] bool names(const char *code) const;
     [[nodiscard]] bool matches(const Schema &schema, RecordView record) const;
 
     /** One comparison with a value. */
@@ -83,7 +86,7 @@ public:
         uint8_t type = 0;
         uint64_t number = 0; ///< a value that is no text: its number, a time by its 40 bits
         std::string text;    ///< UTF-8
-        std::string folded;  ///< the text with ASCII letters in lower case
+        FoldedText folded;
     };
 
 private:
@@ -95,6 +98,8 @@ private:
     };
     class Parser;
 
+    static std::optional<size_t> earliestEnd(const Term &term, const Schema &schema, RecordView record);
+    static bool holdsForAny(const Term &term, const Schema &schema, RecordView record);
     static bool holds(const Term &term, const Schema &schema, RecordView record);
     std::vector<Term> m_terms;
 };

@@ -103,7 +103,8 @@ PdtmStatus Index::load()
     }
     m_definition = reader.definition();
     m_stamp = reader.stamp();
-    m_dirty = false;
+    m_orderChanged = false;
+    m_counterChanged = false;
     unbind();
     StoredOrder stored;
     const bool usable = reader.readOrder(stored) && m_order.assign(stored.cards, stored.attributes);
@@ -149,7 +150,7 @@ bool Index::rebuild(BoxFile &box)
     m_definition = std::move(definition);
     m_order = std::move(*order);
     m_counter = counter;
-    m_dirty = true;
+    m_orderChanged = true;
     unbind();
     return true;
 }
@@ -157,15 +158,23 @@ bool Index::rebuild(BoxFile &box)
 PdtmStatus Index::write(const IndexDefinition &definition, const IndexOrder &order, uint64_t counter)
 {
     const OrderImage image = order.hasKeys() ? imageOf(order, counter) : OrderImage();
-    const PdtmStatus status = writeIndexFile(m_path, definition, image, m_stamp);
+    const bool isEmptyFile = m_stamp.size >= 0 && !m_definition.filled;
+    const PdtmStatus status = isEmptyFile ? fillIndexFile(m_path, m_definition, definition, image, m_stamp)
+                                          : writeIndexFile(m_path, definition, image, m_stamp);
     if (status == PdtmOk) {
-        m_dirty = !order.hasKeys();
+        m_orderChanged = !order.hasKeys();
+        m_counterChanged = false;
     }
     return status;
 }
 
 PdtmStatus Index::save()
 {
+    if (!m_orderChanged) {
+        const PdtmStatus status = writeIndexCounter(m_path, m_counter, m_stamp);
+        m_counterChanged = status != PdtmOk;
+        return status;
+    }
     if (!m_order.hasKeys()) {
         static_cast<void>(loadKeys());
     }
@@ -200,15 +209,35 @@ PdtmStatus Index::replaceDefinition(IndexDefinition definition)
 void Index::unbind()
 {
     m_terms.reset();
+    m_goesByAttribute.reset();
     m_keyMaker.reset();
 }
 
-bool Index::accepts(const Schema &schema, RecordView record)
+const std::optional<std::vector<SearchExpression>> &Index::terms()
 {
     if (!m_terms) {
         m_terms = parsedTerms(m_definition.condition);
     }
-    return m_definition.filled && m_terms && matchesAll(*m_terms, schema, record);
+    return m_terms;
+}
+
+bool Index::accepts(const Schema &schema, RecordView record)
+{
+    return m_definition.filled && terms() && matchesAll(*m_terms, schema, record);
+}
+
+bool Index::goesByAttribute()
+{
+    if (!m_goesByAttribute) {
+        constexpr char Attribute[] = "ATTR";
+        const std::vector<SortKey> keys = parsedOrder(m_definition.order).keys();
+        m_goesByAttribute =
+            std::ranges::any_of(
+                keys, [&](const SortKey &key) { return sameCodeFolded(key.code.data(), Attribute); }) ||
+            (terms() && std::ranges::any_of(
+                            *m_terms, [&](const SearchExpression &term) { return term.names(Attribute); }));
+    }
+    return *m_goesByAttribute;
 }
 
 const SortKeyMaker &Index::keyMaker(const Schema &schema)
@@ -234,11 +263,12 @@ void Index::place(BoxFile &box, CardId card, RecordView record)
     m_key.clear();
     keyMaker(box.schema()).append(record, m_key);
     if (m_order.contains(card) && m_order.keyOf(card) == m_key) {
-        m_order.setAttribute(card, record.attribute());
+        setAttribute(card, record.attribute());
         return;
     }
     m_order.remove(card);
     m_order.insert(card, record.attribute(), m_key);
+    m_orderChanged = true;
 }
 
 uint16_t Index::append(BoxFile &box, CardId card, RecordView record)
@@ -254,31 +284,34 @@ uint16_t Index::append(BoxFile &box, CardId card, RecordView record)
     const RecordView kept(bytesOf(packed));
     m_key.clear();
     keyMaker(box.schema()).append(kept, m_key);
-    m_dirty = true;
+    m_orderChanged = true;
     return m_order.insert(card, kept.attribute(), m_key);
 }
 
 void Index::remove(std::span<const CardId> cards)
 {
+    const uint16_t before = m_order.count();
     m_order.removeAll(cards);
-    m_dirty = true;
+    m_orderChanged |= m_order.count() != before;
 }
 
 void Index::setAttribute(CardId card, uint8_t attribute)
 {
-    m_order.setAttribute(card, attribute);
+    if (m_order.contains(card) && m_order.attributeOf(card) != attribute) {
+        m_order.setAttribute(card, attribute);
+        m_orderChanged = true;
+    }
 }
 
 void Index::takeCounter(uint64_t counter)
 {
     m_counter = counter;
-    m_dirty = true;
+    m_counterChanged = true;
 }
 
 void Index::invalidate()
 {
     m_counter = 0;
-    m_dirty = true;
 }
 
 } // namespace pdtm

@@ -38,7 +38,9 @@ public:
     [[nodiscard]] uint64_t counter() const { return m_counter; }
     [[nodiscard]] const FileStamp &stamp() const { return m_stamp; }
     /** Memory holds something that the file doesn't. */
-    [[nodiscard]] bool isDirty() const { return m_dirty; }
+    [[nodiscard]] bool isDirty() const { return m_orderChanged || m_counterChanged; }
+    /** Memory holds other cards, attribute bytes or keys than the file, or another definition. */
+    [[nodiscard]] bool isOrderChanged() const { return m_orderChanged; }
     /** The cards are those of the box at this change counter. An index that was never filled has none to keep
      * up. */
     [[nodiscard]] bool isCurrent(uint64_t counter) const
@@ -51,7 +53,7 @@ public:
 
     /** Reads the file. A damaged order is not an error: it is empty, and current for no counter. */
     PdtmStatus load();
-    /** Writes what is in memory. */
+    /** Writes what is in memory: the file, or its counter alone. */
     PdtmStatus save();
     /** Takes a new content after it has been written to the file; on failure nothing changes. */
     PdtmStatus replace(IndexDefinition definition, IndexOrder order, uint64_t counter);
@@ -72,6 +74,8 @@ public:
     uint16_t append(BoxFile &box, CardId card, RecordView record);
     void remove(std::span<const CardId> cards);
     void setAttribute(CardId card, uint8_t attribute);
+    /** Order or condition name ATTR, so that a change of it may move a card. */
+    [[nodiscard]] bool goesByAttribute();
     /** The box has moved on to this counter, and the order with it. */
     void takeCounter(uint64_t counter);
     /** The order belongs to no state of the box any more. */
@@ -81,6 +85,7 @@ public:
     /** @} */
 
 private:
+    [[nodiscard]] const std::optional<std::vector<SearchExpression>> &terms();
     [[nodiscard]] bool accepts(const Schema &schema, RecordView record);
     [[nodiscard]] const SortKeyMaker &keyMaker(const Schema &schema);
     [[nodiscard]] PdtmStatus write(const IndexDefinition &definition, const IndexOrder &order,
@@ -91,8 +96,11 @@ private:
     IndexOrder m_order;
     uint64_t m_counter = 0;
     FileStamp m_stamp;
-    bool m_dirty = false;
+    bool m_orderChanged = false;
+    bool m_counterChanged = false;
+    // Made when they are asked for; unbind() drops them.
     std::optional<std::vector<SearchExpression>> m_terms;
+    std::optional<bool> m_goesByAttribute;
     std::optional<SortKeyMaker> m_keyMaker;
     std::string m_key; // of the card that is being placed
 };

@@ -101,7 +101,9 @@ void writeAtClose(Index &index, BoxFile &box, uint64_t counter)
         return;
     }
     if (index.isDirty() && index.isCurrent(counter)) {
-        static_cast<void>(index.ensureKeys(box));
+        if (index.isOrderChanged()) {
+            static_cast<void>(index.ensureKeys(box));
+        }
         static_cast<void>(index.save());
     }
 }
@@ -125,9 +127,15 @@ void cardWritten(BoxFile &box, CardId card, RecordView record)
     apply(box, [&](Index &index) { index.place(box, card, record); });
 }
 
-void attributeWritten(BoxFile &box, CardId card, uint8_t attribute)
+void attributeWritten(BoxFile &box, CardId card, RecordView record)
 {
-    apply(box, [&](Index &index) { index.setAttribute(card, attribute); });
+    apply(box, [&](Index &index) {
+        if (index.goesByAttribute()) {
+            index.place(box, card, record);
+        } else {
+            index.setAttribute(card, record.attribute());
+        }
+    });
 }
 
 void cardsDeleted(BoxFile &box, std::span<const CardId> cards)

@@ -18,9 +18,9 @@ void boxOpened(BoxFile &box);
  * index that has to be built anew reads the box; the view outlives that. */
 void cardWritten(BoxFile &box, CardId card, RecordView record);
 
-/** Only ATTR of an ordinary card was written: the attribute byte changes where the card stands, nothing else.
- */
-void attributeWritten(BoxFile &box, CardId card, uint8_t attribute);
+/** Only ATTR of an ordinary card was written: the attribute byte changes where the card stands. An index
+ * whose order or condition goes by ATTR places the card anew. */
+void attributeWritten(BoxFile &box, CardId card, RecordView record);
 
 /** Ordinary cards were deleted: they leave every index. */
 void cardsDeleted(BoxFile &box, std::span<const CardId> cards);

@@ -27,6 +27,20 @@ constexpr size_t BytesPerCard = sizeof(CardId) + 1 + sizeof(uint32_t); // id, at
 constexpr uint32_t MaximumKeyBytes = 256U * 1024 * 1024;
 constexpr uint8_t DefinitionVersion = 1;
 
+/** The change counter as it stands in the file. It has a checksum of its own, since it is written alone. */
+struct StoredCounter
+{
+    uint64_t counter;
+    uint64_t checksum;
+
+    static StoredCounter of(uint64_t counter)
+    {
+        return {counter, checksumOf({reinterpret_cast<const uint8_t *>(&counter), sizeof counter})};
+    }
+    /** 0 when it is damaged, or was written in part. */
+    [[nodiscard]] uint64_t value() const { return checksum == of(counter).checksum ? counter : 0; }
+};
+
 template <typename T> T numberAt(const uint8_t *bytes)
 {
     T value;
@@ -213,7 +227,7 @@ std::string IndexDefinition::box() const
 
 struct IndexFileReader::OrderHeader
 {
-    uint64_t counter;
+    StoredCounter counter;
     uint32_t count;
     uint32_t keyBytes;
     uint64_t orderChecksum;
@@ -324,7 +338,7 @@ bool IndexFileReader::readHeader(OrderHeader &header) const
 uint64_t IndexFileReader::counter() const
 {
     OrderHeader header = {};
-    return readHeader(header) ? header.counter : 0;
+    return readHeader(header) ? header.counter.value() : 0;
 }
 
 bool IndexFileReader::readOrder(StoredOrder &order) const
@@ -333,7 +347,7 @@ bool IndexFileReader::readOrder(StoredOrder &order) const
     if (!readHeader(header)) {
         return false;
     }
-    order.counter = header.counter;
+    order.counter = header.counter.value();
     order.cards.resize(header.count);
     order.attributes.resize(header.count);
     const uint64_t cardsAt = m_orderOffset + sizeof header;
@@ -343,7 +357,7 @@ bool IndexFileReader::readOrder(StoredOrder &order) const
         return false;
     }
     Checksum checksum;
-    checksum.add(&header, 16);
+    checksum.add(&header.count, sizeof header.count + sizeof header.keyBytes);
     checksum.add(order.cards.data(), cardBytes);
     checksum.add(order.attributes.data(), header.count);
     return checksum.result() == header.orderChecksum;
@@ -381,18 +395,18 @@ void appendOrder(std::string &out, const OrderImage &order)
 {
     const auto count = static_cast<uint32_t>(order.cards.size());
     const size_t cardBytes = order.cards.size() * sizeof(CardId);
-    std::string header;
-    append(header, order.counter);
-    append(header, count);
-    append(header, static_cast<uint32_t>(order.keys.size()));
+    std::string sizes;
+    append(sizes, count);
+    append(sizes, static_cast<uint32_t>(order.keys.size()));
     Checksum orderChecksum;
-    orderChecksum.add(header.data(), header.size());
+    orderChecksum.add(sizes.data(), sizes.size());
     orderChecksum.add(order.cards.data(), cardBytes);
     orderChecksum.add(order.attributes.data(), order.attributes.size());
     Checksum keysChecksum;
     keysChecksum.add(order.keyEnds.data(), order.keyEnds.size() * sizeof(uint32_t));
     keysChecksum.add(order.keys.data(), order.keys.size());
-    out += header;
+    append(out, StoredCounter::of(order.counter));
+    out += sizes;
     append(out, orderChecksum.result());
     append(out, keysChecksum.result());
     appendBytes(out, order.cards.data(), cardBytes);
@@ -401,8 +415,11 @@ void appendOrder(std::string &out, const OrderImage &order)
     out += order.keys;
 }
 
-std::string fileImage(const std::string &definition, const OrderImage &order)
+/** Keys beyond the limit are not stored: the order is marked unusable and made anew by the next process. */
+std::string fileImage(const std::string &definition, const OrderImage &whole)
 {
+    const OrderImage none;
+    const OrderImage &order = whole.keys.size() <= MaximumKeyBytes ? whole : none;
     const uint64_t checksum = checksumOf(bytesOf(definition));
     const auto length = static_cast<uint32_t>(definition.size());
     std::string out;
@@ -447,11 +464,9 @@ PdtmStatus writeIndexFile(const std::string &realPath, const IndexDefinition &de
     if (bytes.size() > MaximumDefinition) {
         return PdtmTooShort;
     }
-    // Keys beyond the limit are not stored: the order is marked unusable and made anew by the next process.
-    const std::string image = fileImage(bytes, order.keys.size() <= MaximumKeyBytes ? order : OrderImage{});
     const std::string newPath = realPath + ".new";
     FileStamp written;
-    int error = writeNewFile(newPath, image, written);
+    int error = writeNewFile(newPath, fileImage(bytes, order), written);
     if (error == 0 && rename(newPath.c_str(), realPath.c_str()) != 0) {
         error = errno;
     }
@@ -461,6 +476,76 @@ PdtmStatus writeIndexFile(const std::string &realPath, const IndexDefinition &de
     }
     stamp = written;
     return PdtmOk;
+}
+
+namespace {
+
+/** Opens the file that @p stamp tells for writing; -1 when it can't be, or when another one stands there. */
+int openSame(const std::string &path, const FileStamp &stamp)
+{
+    const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
+    struct stat status = {};
+    if (file >= 0 && (fstat(file, &status) != 0 || stampFrom(status) != stamp)) {
+        close(file);
+        return -1;
+    }
+    return file;
+}
+
+/** Closes a file that was written. */
+void closeWritten(int file, FileStamp &stamp)
+{
+    struct stat status = {};
+    if (fstat(file, &status) == 0) {
+        stamp = stampFrom(status);
+    }
+    close(file);
+}
+
+bool writeOver(int file, const std::string &bytes, int64_t formerSize)
+{
+    const auto size = static_cast<off_t>(bytes.size());
+    return lseek(file, 0, SEEK_SET) == 0 && writeAll(file, bytes.data(), bytes.size()) &&
+           (size >= formerSize || ftruncate(file, size) == 0);
+}
+
+} // namespace
+
+PdtmStatus fillIndexFile(const std::string &realPath, const IndexDefinition &former,
+                         const IndexDefinition &definition, const OrderImage &order, FileStamp &stamp)
+{
+    const std::string bytes = encoded(definition);
+    const int file = bytes.size() <= MaximumDefinition ? openSame(realPath, stamp) : -1;
+    if (file < 0) {
+        return writeIndexFile(realPath, definition, order, stamp);
+    }
+    const int error = writeOver(file, fileImage(bytes, order), stamp.size) ? 0 : errno;
+    if (error != 0) {
+        static_cast<void>(writeOver(file, fileImage(encoded(former), OrderImage()), INT64_MAX));
+    }
+    closeWritten(file, stamp);
+    return error == 0 ? PdtmStatus{PdtmOk} : statusOfWriteError(error);
+}
+
+PdtmStatus writeIndexCounter(const std::string &realPath, uint64_t counter, FileStamp &stamp)
+{
+    IndexFileReader reader;
+    const PdtmStatus status = reader.open(realPath);
+    if (status != PdtmOk) {
+        return status;
+    }
+    if (reader.stamp() != stamp || reader.counter() == 0) {
+        return PdtmDamaged;
+    }
+    const int file = openSame(realPath, stamp);
+    if (file < 0) {
+        return statusOfWriteError(errno);
+    }
+    const StoredCounter stored = StoredCounter::of(counter);
+    const ssize_t written = pwrite(file, &stored, sizeof stored, static_cast<off_t>(reader.counterOffset()));
+    const int error = written < 0 ? errno : (written != sizeof stored ? EIO : 0);
+    closeWritten(file, stamp);
+    return error == 0 ? PdtmStatus{PdtmOk} : statusOfWriteError(error);
 }
 
 PdtmStatus checkIndexFile(const std::string &realPath)

@@ -79,8 +79,10 @@ public:
     [[nodiscard]] const IndexDefinition &definition() const { return m_definition; }
     [[nodiscard]] const FileStamp &stamp() const { return m_stamp; }
 
-    /** Change counter of the order as it stands in the file, unchecked; 0 when there is none. */
+    /** Change counter of the order, which isn't looked at; 0 when there is none or it is damaged. */
     [[nodiscard]] uint64_t counter() const;
+    /** Where the counter stands in the file. */
+    [[nodiscard]] uint64_t counterOffset() const { return m_orderOffset; }
     /** Reads the order; false when it is damaged. */
     [[nodiscard]] bool readOrder(StoredOrder &order) const;
     /** Reads the order and its keys; false when either is damaged. */
@@ -115,6 +117,18 @@ struct OrderImage
  * PdtmOutOfSpace, PdtmTooShort (a definition that is too long among others), PdtmIoError */
 PdtmStatus writeIndexFile(const std::string &realPath, const IndexDefinition &definition,
                           const OrderImage &order, FileStamp &stamp);
+
+/** Writes over a file that holds no cards yet, which asks less of the file system than a new file does. What
+ * comes of it when the process ends in the middle is a damaged index, and it was of no use before. On failure
+ * the file is as it was. @param former what the file holds @param stamp of the file; takes the new one.
+ * Results as for writeIndexFile() */
+PdtmStatus fillIndexFile(const std::string &realPath, const IndexDefinition &former,
+                         const IndexDefinition &definition, const OrderImage &order, FileStamp &stamp);
+
+/** Writes the change counter alone, in place, when the order in the file is that of the box still. Broken off
+ * in the middle it leaves a stale order. @param stamp of the file that holds the order; takes the new one.
+ * PdtmMissing, PdtmDamaged (another file stands there, or one without an order), PdtmReadOnly, PdtmIoError */
+PdtmStatus writeIndexCounter(const std::string &realPath, uint64_t counter, FileStamp &stamp);
 
 /** File test of an index: PdtmOk (a stale or damaged order included), PdtmMissing, PdtmDamaged when neither
  * definition can be read, PdtmOtherLanguage, PdtmTooShort. */

@@ -10,7 +10,7 @@ namespace {
 /** Bytes looked at in an expression that comes without its length. */
 constexpr size_t MaximumExpression = size_t{64} * 1024;
 constexpr int SteppedCards =
-    4096; // a search reads so many cards in index order, then the rest in memory order
+    1024; // a search reads so many cards in index order, then the rest in memory order
 
 IndexRegistry &registry()
 {

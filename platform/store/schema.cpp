@@ -28,6 +28,7 @@ bool Schema::add(const ItemDescription &item)
         return false;
     const auto declared = m_items.insert(m_items.end() - ImplicitItems, item);
     declared->storage = static_cast<StorageId>(declaredCount());
+    m_hasPlainTexts &= !isTextType(item.type) || item.type == ItemTextUtf8;
     return true;
 }
 

@@ -56,9 +56,12 @@ public:
     [[nodiscard]] int number(const char *code) const;
     /** The item of a storage id; null when there is none. */
     [[nodiscard]] const ItemDescription *ofStorage(StorageId storage) const;
+    /** All texts stand in the records as UTF-8, as they are compared. */
+    [[nodiscard]] bool hasPlainTexts() const { return m_hasPlainTexts; }
 
 private:
     std::vector<ItemDescription> m_items;
+    bool m_hasPlainTexts = true;
 };
 
 /** True for the item types that the store knows. */

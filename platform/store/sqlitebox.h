@@ -76,6 +76,8 @@ public:
     void advanceSyncId();
     /** @} */
 
+    /** Bytes of the free pages of the file, as far as the action under way has come. */
+    [[nodiscard]] PdtmStatus garbageSize(uint64_t &bytes);
     /** Id that the next new card gets. PdtmOutOfSpace when all are used. */
     [[nodiscard]] PdtmStatus expectNewCard(CardId &card);
 
@@ -104,6 +106,8 @@ private:
     PdtmStatus writeScratchItem(CardId card, const ItemDescription &item, Bytes value);
     PdtmStatus editedCard(CardId card, const ItemDescription &item, Bytes value, std::string &packed);
     PdtmStatus storeCard(CardId card, Bytes packed);
+    PdtmStatus eraseCard(CardId card);
+    PdtmStatus writeCards();
     PdtmStatus writeOrdinaryCard(CardId card, Bytes packed);
     PdtmStatus removeStoredScratchCards();
     PdtmStatus storeScratchCards();
@@ -123,6 +127,9 @@ private:
     FileLook m_restingLog;
 
     CardCache m_cache;
+    /** Cards that the open action changed in the cache alone, by id: at its end each is written once, in the
+     * order of the file. */
+    std::set<CardId> m_unwritten;
     uint64_t m_cacheCounter = 0;
     uint64_t m_schemaCounter = 0;
     std::string m_record;

@@ -79,6 +79,7 @@ private slots:
     void visibleOfAnEmptyView();
     void visibleOfADroppedView();
     void visibleTakesMarkedCardsAlong();
+    void visibleOfAViewThatGoesByTheAttribute();
     void visibleOfManyCards();
     void allDeletesEveryCardWhateverTheView();
     void allOfAnEmptyBox();
@@ -189,6 +190,21 @@ void DeleteTest::visibleTakesMarkedCardsAlong()
     QVERIFY(deleteCards(cards.manager, KyPDataManager::DeleteVisible));
     QVERIFY(!isThere(cards.manager, cards.ids[0]));
     QCOMPARE(cards.left(), QStringLiteral("ce"));
+}
+
+void DeleteTest::visibleOfAViewThatGoesByTheAttribute()
+{
+    Cards sorted;
+    QVERIFY(sorted.manager.sort("ATTR", true));
+    QVERIFY(deleteCards(sorted.manager, KyPDataManager::DeleteVisible));
+    QCOMPARE(sorted.left(), QString());
+
+    Cards searched;
+    const QByteArray unmarked = QByteArray("ATTR\xFE\x90\x0B").append(2, '\0');
+    QVERIFY(searched.filterBy(unmarked, plainKey("TITL"), KyPDataManager::FilterMaster, false));
+    QCOMPARE(searched.manager.count(), 6);
+    QVERIFY(deleteCards(searched.manager, KyPDataManager::DeleteVisible));
+    QCOMPARE(searched.left(), QString());
 }
 
 void DeleteTest::visibleOfManyCards()

@@ -22,6 +22,12 @@ private slots:
     void failureUndoesASingleChange_data();
     void failureUndoesASingleChange();
     void failureInsideAnActionEndsIt();
+    void changesOfManyCardsReachTheFile();
+    void undoneChangesOfManyCardsLeaveNothing();
+    void cardsOfTheActionKeepTheirIds();
+    void garbageOfAnActionIsCounted();
+    void manyChangesOfOneCard();
+    void cardOfAnotherLengthLeavesItsNeighbours();
     void refusalInsideAnActionKeepsIt();
     void oneSynchronisationAChange();
     void thousandChanges();
@@ -29,6 +35,9 @@ private slots:
     void scratchCardsNeverSynchroniseAlone();
 
 private:
+    static constexpr uint16_t Many = 40;
+    void addAndReadMany();
+
     QByteArray m_box;
     uint32_t m_handle = 0;
     int m_number = 0;
@@ -162,11 +171,11 @@ void ActionTest::failureInsideAnActionEndsIt()
     QCOMPARE(DtmBeginAction(m_handle), PdtmStatus(PdtmOk));
     syscalls::failingWrite = ENOSPC;
     PdtmStatus status = PdtmOk;
-    for (int i = 0; i < 200 && status == PdtmOk; ++i) {
+    for (int i = 0; i < 30 && status == PdtmOk; ++i) {
         uint16_t card = 0;
         status = _CardCreate(m_handle, &card);
         if (status == PdtmOk)
-            status = write(m_handle, card, "NAPR", QByteArray(100000, 'x'));
+            status = write(m_handle, card, "NAPR", QByteArray(4 << 20, 'x'));
     }
     QCOMPARE(status, PdtmStatus(PdtmOutOfSpace));
     syscalls::failingWrite = 0;
@@ -175,6 +184,115 @@ void ActionTest::failureInsideAnActionEndsIt()
     QCOMPARE(DtmEndAction(m_handle), PdtmStatus(PdtmOutOfSpace));
     QCOMPARE(read(m_handle, 1, "NAPR"), QByteArray("before"));
     QCOMPARE(addCard(m_handle, "kept"), uint16_t(2));
+}
+
+/** So many cards are read that all of them are in memory: the file hears of changes at the end alone. */
+void ActionTest::addAndReadMany()
+{
+    for (uint16_t card = 2; card <= Many; ++card)
+        QCOMPARE(addCard(m_handle, QByteArray::number(card)), card);
+    for (uint16_t card = 2; card <= Many; ++card)
+        QCOMPARE(read(m_handle, card, "NAPR"), QByteArray::number(card));
+}
+
+void ActionTest::changesOfManyCardsReachTheFile()
+{
+    addAndReadMany();
+    const QString path = internalPath(m_box.mid(3));
+    const char *const ids =
+        "SELECT group_concat(id, ' ') FROM (SELECT id FROM cards WHERE id IN (3, 4, 5, 41, 42, 43))";
+    QCOMPARE(DtmBeginAction(m_handle), PdtmStatus(PdtmOk));
+    QCOMPARE(addCard(m_handle, "new"), uint16_t(41));
+    QCOMPARE(addCard(m_handle, "new and gone"), uint16_t(42));
+    QCOMPARE(write(m_handle, 3, "NAPR", "first"), PdtmStatus(PdtmOk));
+    QCOMPARE(write(m_handle, 3, "NAPR", "second"), PdtmStatus(PdtmOk));
+    QCOMPARE(write(m_handle, 4, "NAPR", "gone"), PdtmStatus(PdtmOk));
+    QCOMPARE(_CardDelete(m_handle, 4), PdtmStatus(PdtmOk));
+    QCOMPARE(_CardDelete(m_handle, 42), PdtmStatus(PdtmOk));
+    QCOMPARE(read(m_handle, 3, "NAPR"), QByteArray("second"));
+    QCOMPARE(read(m_handle, 4, "NAPR"), QByteArray("status 65"));
+    QCOMPARE(sql(path, ids), QByteArray("3 4 5"));
+    QCOMPARE(DtmEndAction(m_handle), PdtmStatus(PdtmOk));
+    QCOMPARE(sql(path, ids), QByteArray("3 5 41"));
+    QCOMPARE(sql(path, "SELECT instr(data, 'second') > 0 FROM cards WHERE id = 3"), QByteArray("1"));
+}
+
+void ActionTest::undoneChangesOfManyCardsLeaveNothing()
+{
+    addAndReadMany();
+    QCOMPARE(DtmBeginAction(m_handle), PdtmStatus(PdtmOk));
+    QCOMPARE(write(m_handle, 3, "NAPR", "lost"), PdtmStatus(PdtmOk));
+    QCOMPARE(_CardDelete(m_handle, 4), PdtmStatus(PdtmOk));
+    QCOMPARE(addCard(m_handle, "lost"), uint16_t(41));
+    QCOMPARE(_BoxClose(m_handle), PdtmStatus(PdtmOk));
+    m_handle = _BoxOpenRwMode(m_box.constData(), 0);
+    QCOMPARE(read(m_handle, 3, "NAPR"), QByteArray("3"));
+    QCOMPARE(write(m_handle, 5, "NAPR", "kept"), PdtmStatus(PdtmOk));
+    QCOMPARE(read(m_handle, 4, "NAPR"), QByteArray("4"));
+    QCOMPARE(sql(internalPath(m_box.mid(3)),
+                 "SELECT count(*) FROM cards WHERE id < 65280 AND instr(data, 'lost')"),
+             QByteArray("0"));
+    QCOMPARE(sql(internalPath(m_box.mid(3)), "SELECT count(*) FROM cards WHERE id < 65280"),
+             QByteArray("40"));
+}
+
+void ActionTest::cardsOfTheActionKeepTheirIds()
+{
+    addAndReadMany();
+    QCOMPARE(DtmBeginAction(m_handle), PdtmStatus(PdtmOk));
+    uint16_t next = 41;
+    QCOMPARE(_CardCreate(m_handle, &next), PdtmStatus(PdtmOk));
+    uint16_t last = PdtmLastOrdinaryCard;
+    QCOMPARE(_CardCreate(m_handle, &last), PdtmStatus(PdtmOk));
+    uint16_t card = 0; // the ids begin again
+    QCOMPARE(_CardCreate(m_handle, &card), PdtmStatus(PdtmOk));
+    QCOMPARE(card, uint16_t(42));
+    QCOMPARE(DtmEndAction(m_handle), PdtmStatus(PdtmOk));
+}
+
+void ActionTest::garbageOfAnActionIsCounted()
+{
+    addAndReadMany();
+    QCOMPARE(write(m_handle, 3, "NAPR", QByteArray(50000, 'x')), PdtmStatus(PdtmOk));
+    QCOMPARE(DtmBeginAction(m_handle), PdtmStatus(PdtmOk));
+    QCOMPARE(_CardDelete(m_handle, 3), PdtmStatus(PdtmOk));
+    uint32_t garbage = 0;
+    QCOMPARE(_GetBoxGarbageSize(m_box.constData(), &garbage), PdtmStatus(PdtmOk));
+    QVERIFY2(garbage >= 45000, QByteArray::number(garbage));
+    QCOMPARE(DtmEndAction(m_handle), PdtmStatus(PdtmOk));
+}
+
+/** Former states of cards fill the memory until the cards are read anew. */
+void ActionTest::manyChangesOfOneCard()
+{
+    addAndReadMany();
+    QCOMPARE(DtmBeginAction(m_handle), PdtmStatus(PdtmOk));
+    QCOMPARE(write(m_handle, 5, "NAPR", "once"), PdtmStatus(PdtmOk));
+    QCOMPARE(_CardDelete(m_handle, 6), PdtmStatus(PdtmOk));
+    for (int i = 0; i < 200; ++i) {
+        QCOMPARE(write(m_handle, 3, "NAPR", QByteArray(100000 + i, 'x')), PdtmStatus(PdtmOk));
+        QCOMPARE(write(m_handle, 4, "NAPR", QByteArray::number(i)), PdtmStatus(PdtmOk));
+    }
+    QCOMPARE(read(m_handle, 3, "NAPR").size(), 100199);
+    QCOMPARE(read(m_handle, 4, "NAPR"), QByteArray("199"));
+    QCOMPARE(read(m_handle, 5, "NAPR"), QByteArray("once"));
+    QCOMPARE(read(m_handle, 6, "NAPR"), QByteArray("status 65"));
+    QCOMPARE(DtmEndAction(m_handle), PdtmStatus(PdtmOk));
+    QCOMPARE(read(m_handle, 3, "NAPR").size(), 100199);
+    QCOMPARE(sql(internalPath(m_box.mid(3)), "SELECT length(data) > 100199 FROM cards WHERE id = 3"),
+             QByteArray("1"));
+}
+
+void ActionTest::cardOfAnotherLengthLeavesItsNeighbours()
+{
+    addAndReadMany();
+    for (const int length : {1, 2, 3, 0, 1, 30, 29, 30, 31, 5, 5}) {
+        const QByteArray name(length, 'x');
+        QCOMPARE(write(m_handle, 3, "NAPR", name), PdtmStatus(PdtmOk));
+        QCOMPARE(read(m_handle, 2, "NAPR"), QByteArray("2"));
+        QCOMPARE(read(m_handle, 3, "NAPR"), name);
+        QCOMPARE(read(m_handle, 4, "NAPR"), QByteArray("4"));
+    }
 }
 
 void ActionTest::refusalInsideAnActionKeepsIt()

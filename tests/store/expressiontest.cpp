@@ -1,35 +1,12 @@
 #include "expression.h"
+#include "guardedbytes.h"
 #include "recordbuilder.h"
 
 #include <QtTest>
-#include <sys/mman.h>
 
 using namespace pdtm;
 
 namespace {
-
-/** Bytes with an unreadable page right behind them: reading one too many ends the test. */
-class GuardedBytes
-{
-public:
-    explicit GuardedBytes(const QByteArray &bytes)
-        : m_pages(static_cast<char *>(
-              mmap(nullptr, 8192, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))),
-          m_start(m_pages + 4096 - bytes.size()), m_size(static_cast<size_t>(bytes.size()))
-    {
-        std::memcpy(m_start, bytes.constData(), m_size);
-        mprotect(m_pages + 4096, 4096, PROT_NONE);
-    }
-    ~GuardedBytes() { munmap(m_pages, 8192); }
-    Q_DISABLE_COPY_MOVE(GuardedBytes)
-    [[nodiscard]] const uint8_t *data() const { return reinterpret_cast<const uint8_t *>(m_start); }
-    [[nodiscard]] Bytes bytes() const { return {data(), m_size}; }
-
-private:
-    char *m_pages;
-    char *m_start;
-    size_t m_size;
-};
 
 const QByteArray JoinConditions = raw("\xFE\x84");
 const QByteArray JoinTerms = raw("\xFE\x86");
@@ -89,6 +66,8 @@ private slots:
     void cases_data();
     void cases();
 
+    void anyText_data();
+    void anyText();
     void emptyMatchesEverything();
     void truncations_data();
     void truncations();
@@ -357,6 +336,7 @@ void ExpressionTest::cases_data()
 
     row("any text item", text("    ", Contains, "QUICK"), true);
     row("any text item, Shift-JIS", text("    ", Whole, Utf8Tanaka), true);
+    row("any text item, contained in Shift-JIS", text("    ", Contains, "ソート"), true);
     row("any text item, none", text("    ", Contains, "nobody"), false);
     row("any text item leaves binaries out", text("    ", Contains, "ABC"), false);
     row("any text item, both on one",
@@ -384,6 +364,63 @@ void ExpressionTest::cases()
     card.set("ATTR", raw("\x40")).set("SYID", native<uint32_t>(77)).set("CTGR", raw("\1\2\3"));
     card.set("TIME", timeValue(2003, 6, 15, 12, 0, 0));
     QCOMPARE(matches(expression, schema, card), expected);
+}
+
+void ExpressionTest::anyText_data()
+{
+    QTest::addColumn<QByteArray>("expression");
+    QTest::addColumn<bool>("expected");
+    const auto row = [](const char *name, const QByteArray &expression, bool expected) {
+        QTest::newRow(name) << expression << expected;
+    };
+    // The card: see anyText().
+    row("in the first text", text("    ", Contains, "SAPPORO"), true);
+    row("at the end of the last text", text("    ", Contains, "of call"), true);
+    row("in an item that is no text first, in a text then", text("    ", Contains, "port"), true);
+    row("in an item that is no text", text("    ", Contains, "ary"), false);
+    row("nowhere", text("    ", Contains, "harbour"), false);
+    row("across two items", text("    ", Contains, "northbin"), false);
+    row("across two items and what stands between",
+        text("    ", Contains,
+             "north\x02\x0B"
+             "bin"),
+        false);
+    row("the empty text", text("    ", Contains, ""), true);
+    row("two texts in one item",
+        text("    ", Contains, "call") + JoinConditions + condition(Contains, ItemTextUtf8, raw("PORT\0")),
+        true);
+    row("two texts in different items",
+        text("    ", Contains, "call") + JoinConditions + condition(Contains, ItemTextUtf8, raw("north\0")),
+        false);
+    row("one text in it, the other nowhere",
+        text("    ", Contains, "call") + JoinConditions + condition(Contains, ItemTextUtf8, raw("harbour\0")),
+        false);
+    row("contained, and after another text",
+        text("    ", Contains, "call") + JoinConditions + condition(AtOrAfter, ItemTextUtf8, raw("po\0")),
+        true);
+    row("contained, and not after it",
+        text("    ", Contains, "call") + JoinConditions + condition(AtOrAfter, ItemTextUtf8, raw("q\0")),
+        false);
+    row("equal", text("    ", Equal, "SAPPORO north"), true);
+    row("equal to a part of one", text("    ", Equal, "north"), false);
+}
+
+/** Records whose texts are all in UTF-8 are searched as one run of bytes, others item by item. */
+void ExpressionTest::anyText()
+{
+    QFETCH(QByteArray, expression);
+    QFETCH(bool, expected);
+    for (const uint8_t unusedType : {ItemTextUtf8, ItemTextSjis}) {
+        Schema schema;
+        schema.add({codeOf("CITY"), ItemTextUtf8, 0, "City", 0});
+        schema.add({codeOf("DATA"), ItemBinary, 0, "Data", 0});
+        schema.add({codeOf("PORT"), ItemTextUtf8, 0, "Port", 0});
+        schema.add({codeOf("NOTE"), unusedType, 0, "Note", 0});
+        QCOMPARE(schema.hasPlainTexts(), unusedType == ItemTextUtf8);
+        TestCard card(schema);
+        card.set("CITY", "Sapporo north").set("DATA", "binary port").set("PORT", "port of call");
+        QCOMPARE(matches(expression, schema, card), expected);
+    }
 }
 
 void ExpressionTest::emptyMatchesEverything()

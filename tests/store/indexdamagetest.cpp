@@ -1,3 +1,4 @@
+#include "checksum.h"
 #include "indexfixture.h"
 
 #include <QRandomGenerator>
@@ -64,6 +65,17 @@ private:
     Cards m_cards;
 };
 
+constexpr qsizetype CounterSize = 16; // with its checksum
+
+std::unique_ptr<pdtm::IndexFileReader> readerOf(const std::string &path)
+{
+    auto reader = std::make_unique<pdtm::IndexFileReader>();
+    if (reader->open(path) != PdtmOk) {
+        qFatal("can't read the index");
+    }
+    return reader;
+}
+
 } // namespace
 
 /** Damaged index files: no crash, no endless loop, and the order of a fresh sort again. */
@@ -75,6 +87,10 @@ private slots:
     void everyDefinitionByteFlipped();
     void bothDefinitionsDamaged();
     void truncations();
+    void counterWrittenInPart();
+    void fileOfTheEarlierFormat();
+    void noCounterForAnotherFile();
+    void noCounterWithoutAnOrder();
     void randomFlips_data();
     void randomFlips();
 };
@@ -124,6 +140,78 @@ void IndexDamageTest::truncations()
         QVERIFY2(damage.healsOrIsGivenUp(damage.bytes().left(size * i / 20)), qPrintable(QString::number(i)));
     }
     QVERIFY(damage.heals(damage.bytes() + "more"));
+}
+
+void IndexDamageTest::counterWrittenInPart()
+{
+    const MemoryFolder folder;
+    TestBox box("KYTEST.BOX", folder.path());
+    Damage damage(box);
+    const QByteArray before = damage.bytes();
+    const std::string path = pdtm::realPath(damage.index());
+    const auto counterAt = static_cast<qsizetype>(readerOf(path)->counterOffset());
+    box.close();
+    pdtm::FileStamp stamp = *pdtm::stampOf(path);
+    QCOMPARE(pdtm::writeIndexCounter(path, 0x1122334455667788, stamp), PdtmStatus(PdtmOk));
+    QCOMPARE(readerOf(path)->counter(), uint64_t(0x1122334455667788));
+    const QByteArray after = contentsOf(damage.index());
+    box.open();
+    for (qsizetype written = 1; written < CounterSize; ++written) {
+        QByteArray bytes = before;
+        bytes.replace(counterAt, written, after.mid(counterAt, written));
+        replaceContents(damage.index(), bytes);
+        QCOMPARE(readerOf(path)->counter(), uint64_t(0));
+        QVERIFY2(damage.heals(bytes), qPrintable(QString::number(written)));
+    }
+}
+
+/** Its counter stood within the checksum of the order, and had none of its own. */
+void IndexDamageTest::fileOfTheEarlierFormat()
+{
+    const MemoryFolder folder;
+    TestBox box("KYTEST.BOX", folder.path());
+    Damage damage(box);
+    const std::string path = pdtm::realPath(damage.index());
+    const auto order = static_cast<qsizetype>(readerOf(path)->counterOffset());
+    QByteArray bytes = damage.bytes();
+    uint32_t count = 0;
+    memcpy(&count, bytes.constData() + order + CounterSize, sizeof count);
+    bytes.remove(order + 8, 8);
+    pdtm::Checksum checksum;
+    checksum.add(bytes.constData() + order, 16);
+    checksum.add(bytes.constData() + order + 32, count * sizeof(uint16_t));
+    checksum.add(bytes.constData() + order + 32 + count * sizeof(uint16_t), count);
+    const uint64_t sum = checksum.result();
+    memcpy(bytes.data() + order + 16, &sum, sizeof sum);
+    QVERIFY(damage.heals(bytes));
+}
+
+void IndexDamageTest::noCounterForAnotherFile()
+{
+    const MemoryFolder folder;
+    TestBox box("KYTEST.BOX", folder.path());
+    const Damage damage(box);
+    const std::string path = pdtm::realPath(damage.index());
+    pdtm::FileStamp stamp = *pdtm::stampOf(path);
+    ++stamp.inode;
+    QCOMPARE(pdtm::writeIndexCounter(path, 77, stamp), PdtmStatus(PdtmDamaged));
+    QCOMPARE(pdtm::writeIndexCounter(path + "2", 77, stamp), PdtmStatus(PdtmMissing));
+    QCOMPARE(contentsOf(damage.index()), damage.bytes());
+}
+
+/** An order that was too large to be stored must not pass for an empty one of today. */
+void IndexDamageTest::noCounterWithoutAnOrder()
+{
+    const MemoryFolder folder;
+    TestBox box("KYTEST.BOX", folder.path());
+    const Damage damage(box);
+    const std::string path = pdtm::realPath(damage.index());
+    pdtm::FileStamp stamp;
+    QCOMPARE(pdtm::writeIndexFile(path, readerOf(path)->definition(), pdtm::OrderImage(), stamp),
+             PdtmStatus(PdtmOk));
+    const QByteArray bytes = contentsOf(damage.index());
+    QCOMPARE(pdtm::writeIndexCounter(path, 77, stamp), PdtmStatus(PdtmDamaged));
+    QCOMPARE(contentsOf(damage.index()), bytes);
 }
 
 void IndexDamageTest::randomFlips_data()

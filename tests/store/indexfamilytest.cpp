@@ -59,6 +59,13 @@ int inOtherProcess(const QList<QByteArray> &arguments)
     return QProcess::execute(QCoreApplication::applicationFilePath(), words);
 }
 
+/** Tells a file that was written anew from one that was changed in place. */
+uint64_t inodeOf(const QByteArray &index)
+{
+    const auto stamp = pdtm::stampOf(pdtm::realPath(index));
+    return stamp ? stamp->inode : 0;
+}
+
 } // namespace
 
 /** Indexes keep in step with their box, heal themselves, and are shared between processes. */
@@ -73,8 +80,12 @@ private slots:
     void directCategoryChangesTouchNoIndex();
     void scratchCardsAreInNoIndex();
     void attributeOfAHiddenCardSurvives();
+    void attributeMovesCardsWhereTheOrderGoesByIt();
+    void attributeDecidesWhereTheConditionGoesByIt();
     void viewsKeepToTheirParents();
     void unwrittenChangesAreRebuilt();
+    void closeWritesTheCounterAloneWhereNoCardMoved();
+    void closeWritesAttributeBytes();
     void undoneActionLeavesNoTrace();
     void closedBoxIsStillWalked();
     void damagedOrderOfAClosedBoxIsEmpty();
@@ -207,6 +218,45 @@ void IndexFamilyTest::attributeOfAHiddenCardSurvives()
     QCOMPARE(cardsOf(index), Cards{a});
 }
 
+void IndexFamilyTest::attributeMovesCardsWhereTheOrderGoesByIt()
+{
+    TestBox box;
+    const QByteArray index =
+        box.sorted("KYTEST.IDX", sortKey("ATTR", Descending) + sortKey("NAME", Ascending) + '\0');
+    const QByteArray byName = box.sorted("NAME.IDX", sortBy("NAME", Ascending));
+    const uint16_t a = box.add("a");
+    const uint16_t b = box.add("b");
+    const uint16_t c = box.add("c");
+    box.setAttribute(b, 1);
+    QCOMPARE(cardsOf(index), (Cards{b, a, c}));
+    box.setAttribute(c, 2);
+    QCOMPARE(cardsOf(index), (Cards{c, b, a}));
+    QCOMPARE(cardsOf(byName), (Cards{a, b, c}));
+    box.restart();
+    QCOMPARE(cardsOf(index), (Cards{c, b, a}));
+    box.setAttribute(c, 0);
+    QCOMPARE(cardsOf(index), (Cards{b, a, c}));
+    TestBox::writeInfo(byName, InfoSortExpression, sortBy("ATTR", Descending));
+    QCOMPARE(_IndexSort(byName, box.handle()), PdtmStatus(PdtmOk));
+    box.setAttribute(c, 2);
+    QCOMPARE(cardsOf(byName), (Cards{c, b, a}));
+}
+
+void IndexFamilyTest::attributeDecidesWhereTheConditionGoesByIt()
+{
+    TestBox box;
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const QByteArray marked = box.grouped("MARKED.IDX", master, number("ATTR", Equal, 1));
+    const uint16_t b = box.add("b");
+    const uint16_t a = box.add("a");
+    QVERIFY(cardsOf(marked).isEmpty());
+    box.setAttribute(b, 1);
+    box.setAttribute(a, 1);
+    QCOMPARE(cardsOf(marked), (Cards{a, b}));
+    box.setAttribute(b, 3);
+    QCOMPARE(cardsOf(marked), Cards{a});
+}
+
 void IndexFamilyTest::viewsKeepToTheirParents()
 {
     TestBox box;
@@ -264,6 +314,47 @@ void IndexFamilyTest::unwrittenChangesAreRebuilt()
     box.open();
     QCOMPARE(cardsOf(index).size(), 2);
     QCOMPARE(cardsOf(index).first(), a);
+}
+
+void IndexFamilyTest::closeWritesTheCounterAloneWhereNoCardMoved()
+{
+    TestBox box;
+    const QByteArray byName = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const QByteArray byNumber = box.sorted("NUMBER.IDX", sortBy("NUMB", Ascending));
+    const uint16_t a = box.add("a", 1);
+    const uint16_t b = box.add("b", 2);
+    box.restart();
+    const uint64_t nameFile = inodeOf(byName);
+    const uint64_t numberFile = inodeOf(byNumber);
+    const QByteArray before = contentsOf(byName);
+    box.edit(a, "NUMB", native(uint16_t(3)));
+    box.restart();
+    QCOMPARE(inodeOf(byName), nameFile);
+    QVERIFY(inodeOf(byNumber) != numberFile);
+    const QByteArray after = contentsOf(byName);
+    QCOMPARE(after.size(), before.size());
+    QVERIFY(after != before);
+    QCOMPARE(cardsOf(byName), (Cards{a, b}));
+    QCOMPARE(cardsOf(byNumber), (Cards{b, a}));
+    QCOMPARE(inodeOf(byName), nameFile); // neither was built anew
+    QCOMPARE(contentsOf(byName), after);
+}
+
+void IndexFamilyTest::closeWritesAttributeBytes()
+{
+    TestBox box;
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const uint16_t a = box.add("a");
+    box.restart();
+    const uint64_t file = inodeOf(index);
+    box.setAttribute(a, 0); // as it is
+    box.restart();
+    QCOMPARE(inodeOf(index), file);
+    box.setAttribute(a, HiddenMask);
+    box.close();
+    box.forgetMemory();
+    QVERIFY(cardsOf(index).isEmpty()); // with the box closed, from the file
+    QVERIFY(inodeOf(index) != file);
 }
 
 void IndexFamilyTest::undoneActionLeavesNoTrace()

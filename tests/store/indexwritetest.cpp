@@ -3,13 +3,16 @@
 #include <cerrno>
 #include <dlfcn.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace expression;
 
 namespace {
 
 int g_writeError = 0;  // errno that write() gives instead of writing
+int g_brokenWrite = 0; // errno that write() gives once, when all but one byte is written
 int g_renameError = 0; // errno that rename() gives instead of renaming
+int g_placeError = 0;  // errno that pwrite() gives instead of writing
 
 /** Makes a system call fail for a while. */
 class Failing
@@ -35,7 +38,25 @@ __attribute__((visibility("default"))) ssize_t write(int file, const void *bytes
         errno = g_writeError;
         return -1;
     }
+    if (g_brokenWrite != 0 && size > 1) {
+        return next(file, bytes, size / 2);
+    }
+    if (g_brokenWrite != 0) {
+        errno = std::exchange(g_brokenWrite, 0);
+        return -1;
+    }
     return next(file, bytes, size);
+}
+
+__attribute__((visibility("default"))) ssize_t pwrite(int file, const void *bytes, size_t size, off_t offset)
+{
+    static const auto next =
+        reinterpret_cast<ssize_t (*)(int, const void *, size_t, off_t)>(dlsym(RTLD_NEXT, "pwrite"));
+    if (g_placeError != 0) {
+        errno = g_placeError;
+        return -1;
+    }
+    return next(file, bytes, size, offset);
 }
 
 __attribute__((visibility("default"))) int rename(const char *from, const char *to) noexcept
@@ -59,8 +80,11 @@ class IndexWriteTest : public QObject
 private slots:
     void statusSaysWhy_data();
     void statusSaysWhy();
+    void fillThatBreaksOffIsUndone();
+    void fillOfAReplacedFile();
     void memoryServesWhatCantBeWritten();
     void closeWithoutSpace();
+    void counterThatCantBeWritten();
     void newFilesNameIsTaken();
     void goneFolder();
 };
@@ -86,7 +110,8 @@ void IndexWriteTest::statusSaysWhy()
     const uint16_t b = box.add("b", 1, "\1");
     const uint16_t a = box.add("a", 2, "\1");
     const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
-    const QByteArray one = box.describe("ONE.IDX", {}, category(1));
+    const QByteArray one = box.grouped("ONE.IDX", index, category(2));
+    TestBox::writeInfo(one, InfoSearchExpression, category(1));
     const QByteArray sort = sortBy("NUMB", Ascending);
     const QByteArray before = contentsOf(index);
     QList<int> results;
@@ -106,6 +131,49 @@ void IndexWriteTest::statusSaysWhy()
     const QDir folder = QFileInfo(TestBox::file(index)).dir();
     QCOMPARE(folder.entryList({"*.new"}, QDir::AllEntries), QStringList());
     QCOMPARE(_IndexGroup(index, one, box.handle()), PdtmStatus(PdtmOk));
+}
+
+void IndexWriteTest::fillThatBreaksOffIsUndone()
+{
+    TestBox box;
+    const QByteArray master = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    const QByteArray one = box.describe("ONE.IDX", {}, category(1));
+    const uint16_t a = box.add("a", 0, "\1");
+    const QByteArray before = contentsOf(one);
+    {
+        const Failing failing(g_brokenWrite, ENOSPC);
+        QCOMPARE(_IndexGroup(master, one, box.handle()), PdtmStatus(PdtmOutOfSpace));
+        QCOMPARE(g_brokenWrite, 0);
+    }
+    QCOMPARE(contentsOf(one), before);
+    QVERIFY(cardsOf(one).isEmpty());
+    QCOMPARE(_IndexGroup(master, one, box.handle()), PdtmStatus(PdtmOk));
+    QCOMPARE(cardsOf(one), Cards{a});
+    const QByteArray filled = contentsOf(one);
+    box.restart();
+    QCOMPARE(cardsOf(one), Cards{a});
+    QCOMPARE(contentsOf(one), filled); // it was whole
+}
+
+/** What another process put there is not written over. */
+void IndexWriteTest::fillOfAReplacedFile()
+{
+    TestBox box;
+    const std::string path = pdtm::realPath(box.describe("ONE.IDX", {}, category(1)));
+    pdtm::IndexFileReader reader;
+    QCOMPARE(reader.open(path), PdtmStatus(PdtmOk));
+    const QString file = QString::fromStdString(path);
+    const QString kept = file + "2";
+    pdtm::FileStamp stamp = reader.stamp();
+    ++stamp.modified;
+    QVERIFY(::link(path.c_str(), QFile::encodeName(kept).constData()) == 0);
+    const QByteArray before = contentsOf(QFile::encodeName(kept));
+    pdtm::IndexDefinition definition = reader.definition();
+    definition.filled = true;
+    QCOMPARE(pdtm::fillIndexFile(path, reader.definition(), definition, pdtm::OrderImage(), stamp),
+             PdtmStatus(PdtmOk));
+    QCOMPARE(contentsOf(QFile::encodeName(kept)), before);
+    QVERIFY(contentsOf(QFile::encodeName(file)) != before);
 }
 
 void IndexWriteTest::memoryServesWhatCantBeWritten()
@@ -150,6 +218,28 @@ void IndexWriteTest::closeWithoutSpace()
     box.restart();
     QCOMPARE(cardsOf(index), (Cards{a, b}));
     QVERIFY(contentsOf(index) != before);
+}
+
+void IndexWriteTest::counterThatCantBeWritten()
+{
+    TestBox box;
+    const uint16_t a = box.add("a");
+    const uint16_t b = box.add("b");
+    const QByteArray index = box.sorted("KYTEST.IDX", sortBy("NAME", Ascending));
+    box.restart();
+    const QByteArray before = contentsOf(index);
+    pdtm::FileStamp stamp = *pdtm::stampOf(pdtm::realPath(index));
+    {
+        const Failing failing(g_placeError, EIO);
+        QCOMPARE(pdtm::writeIndexCounter(pdtm::realPath(index), 77, stamp), PdtmStatus(PdtmIoError));
+    }
+    QCOMPARE(contentsOf(index), before);
+    box.edit(a, "NUMB", native(uint16_t(3)));
+    box.close();
+    replaceContents(index, before); // stale
+    box.forgetMemory();
+    box.open();
+    QCOMPARE(cardsOf(index), (Cards{a, b}));
 }
 
 void IndexWriteTest::newFilesNameIsTaken()
