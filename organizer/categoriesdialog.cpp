@@ -17,6 +17,7 @@ CategoriesDialog::CategoriesDialog(CategoryTable *table, QWidget *parent)
       m_remove(new QPushButton(tr("Remove")))
 {
     setWindowTitle(tr("Categories"));
+    resize(fontMetrics().averageCharWidth() * 50, fontMetrics().height() * 28);
     m_name->setPlaceholderText(tr("Name of a category"));
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     auto *layout = new QGridLayout(this);

@@ -25,10 +25,10 @@ ContactsPage::ContactsPage(CategoryTable *table, QWidget *parent)
         return [this, field](unsigned long card) { return book()->text(card, field); };
     };
     const QList<CardColumn> columns = {
-        {tr("Name"), 0, 18, [this](unsigned long card) { return nameOf(card); }},
-        {tr("Reading"), AddressField::FullPronunciation, 18, show(AddressField::FullPronunciation)},
-        {tr("Company"), AddressField::Company, 14, show(AddressField::Company)},
-        {tr("Mobile phone"), AddressField::MobilePhone, 14, show(AddressField::MobilePhone)},
+        {tr("Name"), 0, 17, [this](unsigned long card) { return nameOf(card); }},
+        {tr("Reading"), AddressField::FullPronunciation, 15, show(AddressField::FullPronunciation)},
+        {tr("Company"), AddressField::Company, 12, show(AddressField::Company)},
+        {tr("Mobile phone"), AddressField::MobilePhone, 18, show(AddressField::MobilePhone)},
     };
     begin(columns, 0, new ContactForm(book(), table));
     menu()->addAction(QIcon(Resource::loadPixmap(QStringLiteral("import"))), tr("Import..."), this,

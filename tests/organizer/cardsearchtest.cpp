@@ -49,8 +49,7 @@ void CardSearchTest::init()
     m_table = std::make_unique<CategoryTable>();
     m_page = std::make_unique<ContactsPage>(m_table.get());
     m_page->resize(480, 640);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
+    QVERIFY(showActive(*m_page));
 }
 
 unsigned long CardSearchTest::add(const CardValues &values, const QList<int> &categories)

@@ -61,8 +61,7 @@ private slots:
 void MainWindowTest::keysReachThePages()
 {
     MainWindow window;
-    window.show();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QVERIFY(showActive(window));
     const auto *tabs = window.findChild<QTabWidget *>();
     QTest::keyClick(&window, Qt::Key_2, Qt::ControlModifier);
     QCOMPARE(tabs->currentWidget(), window.tasks());

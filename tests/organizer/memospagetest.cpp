@@ -147,7 +147,7 @@ void MemosPageTest::escapeLeavesTheForm()
 {
     m_page->newCard();
     auto *form = m_page->findChild<CardForm *>();
-    QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
+    QVERIFY(showActive(*m_page));
     QVERIFY(form->isVisible());
     QTest::keyClick(editor<QPlainTextEdit>(*m_page, "Contents"), Qt::Key_Escape);
     QVERIFY(!form->isVisible());

@@ -23,6 +23,16 @@ inline void removeBoxes()
         boxes.remove(file);
 }
 
+/** Shows a window and gives it the focus, also where no window manager does. */
+inline bool showActive(QWidget &window)
+{
+    window.show();
+    if (!QTest::qWaitForWindowExposed(&window, Patience))
+        return false;
+    window.activateWindow();
+    return QTest::qWaitForWindowActive(&window, Patience);
+}
+
 /** What the list of a page shows in a column. */
 inline QStringList texts(const CardsPage &page, int column)
 {

@@ -69,8 +69,7 @@ void TasksPageTest::init()
     m_table = std::make_unique<CategoryTable>();
     m_page = std::make_unique<TasksPage>(m_table.get());
     m_page->resize(480, 640);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
+    QVERIFY(showActive(*m_page));
 }
 
 /* A box to tick in the form. */
