@@ -2,10 +2,10 @@
 // the same; one that doesn't is never overwritten.
 #include "categories.h"
 #include "fuzzsupport.h"
+#include "scratchfolder.h"
 
 #include <QFile>
 #include <QLoggingCategory>
-#include <QTemporaryDir>
 #include <unistd.h>
 
 /** Nothing here has to outlive a power cut, and a real one costs more than all the rest. */
@@ -43,7 +43,7 @@ void checkNames(const Categories &categories, const QString &application)
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    static const QTemporaryDir folder;
+    static const QTemporaryDir folder(scratchFolder());
     const QString given = folder.filePath(QStringLiteral("given"));
     const QString written = folder.filePath(QStringLiteral("written"));
     const QString application = QString::fromLatin1(Application);

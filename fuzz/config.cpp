@@ -1,9 +1,9 @@
 // A settings file of any bytes: what is read from it, written, and read again stays the same.
 #include "config.h"
 #include "fuzzsupport.h"
+#include "scratchfolder.h"
 
 #include <QFile>
-#include <QTemporaryDir>
 #include <unistd.h>
 
 /** Nothing here has to outlive a power cut, and a real one costs more than all the rest. */
@@ -56,7 +56,7 @@ QMap<QString, ConfigGroup> readAndSave(const QString &from, const QString &to)
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    static const QTemporaryDir folder;
+    static const QTemporaryDir folder(scratchFolder());
     const QString given = folder.filePath(QStringLiteral("given"));
     const QString written = folder.filePath(QStringLiteral("written"));
     save(given, data, size);
