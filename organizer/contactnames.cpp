@@ -1,6 +1,7 @@
 #include "contactnames.h"
 
 #include "addressfields.h"
+#include "contact.h"
 #include "readings.h"
 
 namespace {
@@ -17,19 +18,31 @@ QString firstOf(const Text &text, std::initializer_list<int> fields)
     return {};
 }
 
-/* East Asian names have the last name first. */
+/** A field of the box and the key of a contact. */
+struct NamePart
+{
+    int field;
+    Contact::Key key;
+};
+
+constexpr NamePart NameParts[] = {
+    {AddressField::Title, Contact::Title},
+    {AddressField::FirstName, Contact::FirstName},
+    {AddressField::MiddleName, Contact::MiddleName},
+    {AddressField::LastName, Contact::LastName},
+    {AddressField::Suffix, Contact::Suffix},
+    {AddressField::Nickname, Contact::Nickname},
+    {AddressField::Company, Contact::Company},
+    {AddressField::DefaultEmail, Contact::DefaultEmail},
+    {AddressField::MobilePhone, Contact::HomeMobile},
+};
+
 QString fullName(const Text &text)
 {
-    const QString last = text(AddressField::LastName);
-    const QString first = text(AddressField::FirstName);
-    const QString middle = text(AddressField::MiddleName);
-    const QString name =
-        VCard::isEastAsian(last + first)
-            ? VCard::joined({last, middle, first})
-            : VCard::joined({text(AddressField::Title), first, middle, last, text(AddressField::Suffix)});
-    return name.isEmpty() ? firstOf(text, {AddressField::Nickname, AddressField::Company,
-                                           AddressField::DefaultEmail, AddressField::MobilePhone})
-                          : name;
+    Contact contact;
+    for (const NamePart &part : NameParts)
+        contact.replace(part.key, text(part.field));
+    return contact.fullName();
 }
 
 QString fullReading(const Text &text)

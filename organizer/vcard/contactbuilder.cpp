@@ -1,5 +1,6 @@
 #include "contactbuilder.h"
 #include "carddate.h"
+#include "contact.h"
 #include "readings.h"
 #include <algorithm>
 #include <QCoreApplication>
@@ -57,7 +58,7 @@ QStringList lastAndFirst(const QString &sortText)
     if (sortText.contains(separator))
         return sortText.split(separator).mid(0, 2);
     const QString simple = sortText.simplified();
-    if (!isEastAsian(simple))
+    if (!Contact::isLastNameFirst(simple))
         return {simple, QString()};
     return {simple.section(u' ', 0, 0), simple.section(u' ', 1)};
 }
@@ -488,7 +489,7 @@ QString ContactBuilder::composedName() const
 {
     const QString last = value(AddressField::LastName);
     const QString first = value(AddressField::FirstName);
-    if (isEastAsian(last + first))
+    if (Contact::isLastNameFirst(last + first))
         return joined({last, first});
     return joined({first, value(AddressField::MiddleName), last});
 }

@@ -1,5 +1,4 @@
 #include "readings.h"
-#include <algorithm>
 #include <QStringList>
 
 namespace VCard {
@@ -9,19 +8,6 @@ namespace {
 bool isHalfWidthKana(QChar c)
 {
     return c.unicode() >= 0xFF61 && c.unicode() <= 0xFF9F;
-}
-
-bool isEastAsianCharacter(uint c)
-{
-    switch (QChar::script(c)) {
-    case QChar::Script_Han:
-    case QChar::Script_Hiragana:
-    case QChar::Script_Katakana:
-    case QChar::Script_Hangul:
-        return true;
-    default:
-        return false;
-    }
 }
 
 } // namespace
@@ -39,12 +25,6 @@ QString normalizedReading(const QString &reading)
         start = end;
     }
     return result;
-}
-
-bool isEastAsian(const QString &text)
-{
-    const QList<uint> characters = text.toUcs4();
-    return std::any_of(characters.cbegin(), characters.cend(), isEastAsianCharacter);
 }
 
 QString joined(const QStringList &parts)

@@ -32,12 +32,6 @@ bool isEastAsianCharacter(uint character)
     }
 }
 
-bool isEastAsian(const QString &text)
-{
-    const QList<uint> characters = text.toUcs4();
-    return std::any_of(characters.cbegin(), characters.cend(), isEastAsianCharacter);
-}
-
 QString joined(const Contact &contact, std::initializer_list<Contact::Key> keys)
 {
     QStringList parts;
@@ -100,13 +94,19 @@ void Contact::setChildren(const QString &names)
 
 QStringList Contact::childrenList() const
 {
-    static const QRegularExpression between(QStringLiteral("\\s*[\\r\\n]\\s*"));
+    static const QRegularExpression between(QStringLiteral("\\s*[\\r\\n,;]\\s*"));
     return find(Children).trimmed().split(between, Qt::SkipEmptyParts);
+}
+
+bool Contact::isLastNameFirst(const QString &name)
+{
+    const QList<uint> characters = name.toUcs4();
+    return std::any_of(characters.cbegin(), characters.cend(), isEastAsianCharacter);
 }
 
 QString Contact::fullName() const
 {
-    const QString name = isEastAsian(find(LastName) + find(FirstName))
+    const QString name = isLastNameFirst(find(LastName) + find(FirstName))
                              ? joined(*this, {LastName, MiddleName, FirstName})
                              : joined(*this, {Title, FirstName, MiddleName, LastName, Suffix});
     return name.isEmpty() ? firstOf(*this, {Nickname, Company, DefaultEmail, HomeMobile}) : name;

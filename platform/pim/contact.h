@@ -63,7 +63,7 @@ public:
         Birthday = 38,
         Anniversary = 39,
         Nickname = 40,
-        Children = 41, ///< one name a line, see childrenList()
+        Children = 41, ///< see childrenList()
         Notes = 42,
         Groups = 43,
         FirstNamePronunciation = 46,
@@ -87,9 +87,11 @@ public:
     /** The single addresses of Emails, which blanks, line breaks, commas and semicolons part. */
     [[nodiscard]] QStringList emailList() const;
     void setChildren(const QString &names); ///< replace() of Children, the text kept as it is
-    /** The single names of Children, one a line. */
+    /** The single names of Children, which line breaks, commas and semicolons part. */
     [[nodiscard]] QStringList childrenList() const;
 
+    /** True for a name with a Han character, kana or Hangul: the last name is written first. */
+    [[nodiscard]] static bool isLastNameFirst(const QString &name);
     /**
      * The name as it is shown, composed anew at each call: title, first, middle, last name and suffix; for a
      * name in East Asian script last, middle and first name. Without a name the first of nickname, company,

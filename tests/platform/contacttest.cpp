@@ -15,8 +15,8 @@ private slots:
     void equalityLooksAtEverything();
     void emailsArePartedAnyWay_data();
     void emailsArePartedAnyWay();
-    void childrenAreLines_data();
-    void childrenAreLines();
+    void childrenArePartedAnyWay_data();
+    void childrenArePartedAnyWay();
     void fullName_data();
     void fullName();
 };
@@ -173,7 +173,7 @@ void ContactTest::emailsArePartedAnyWay()
     QCOMPARE(contact.find(Contact::DefaultEmail), QString("default@example.jp"));
 }
 
-void ContactTest::childrenAreLines_data()
+void ContactTest::childrenArePartedAnyWay_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QStringList>("names");
@@ -181,10 +181,11 @@ void ContactTest::childrenAreLines_data()
     QTest::newRow("only line breaks") << "\r\n\n" << QStringList();
     QTest::newRow("one with a blank") << "Ichiro Yamada" << QStringList{"Ichiro Yamada"};
     QTest::newRow("lines") << "Ichiro Yamada\nJiro" << QStringList{"Ichiro Yamada", "Jiro"};
+    QTest::newRow("commas") << "Ichiro, Jiro;Saburo" << QStringList{"Ichiro", "Jiro", "Saburo"};
     QTest::newRow("other line ends") << " Ichiro \r\n\r\n Jiro\r\n" << QStringList{"Ichiro", "Jiro"};
 }
 
-void ContactTest::childrenAreLines()
+void ContactTest::childrenArePartedAnyWay()
 {
     QFETCH(QString, text);
     QFETCH(QStringList, names);

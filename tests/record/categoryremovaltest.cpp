@@ -2,32 +2,9 @@
 #include "childprocess.h"
 #include "logcapture.h"
 #include "qcopenvelope.h"
+#include "synchronisations.h"
 #include <QDir>
 #include <QTimer>
-
-namespace {
-
-int synchronisations = 0;
-
-} // namespace
-
-extern "C" {
-
-Q_DECL_EXPORT int fsync(int descriptor)
-{
-    static const auto next = nextDefinition<int(int)>("fsync");
-    ++synchronisations;
-    return next(descriptor);
-}
-
-Q_DECL_EXPORT int fdatasync(int descriptor)
-{
-    static const auto next = nextDefinition<int(int)>("fdatasync");
-    ++synchronisations;
-    return next(descriptor);
-}
-
-} // extern "C"
 
 namespace {
 
@@ -336,23 +313,23 @@ void CategoryRemovalTest::masterOfTheRemovedCategory()
 void CategoryRemovalTest::isOneSynchronisation()
 {
     Six six;
-    synchronisations = 0;
+    synchronisations() = 0;
     QVERIFY(six.manager.categoryRemoved(5));
-    QCOMPARE(synchronisations, 1);
+    QCOMPARE(synchronisations(), 1);
     QVERIFY(six.manager.categoryRemoved(5)); // with nothing to do
-    QCOMPARE(synchronisations, 1);
+    QCOMPARE(synchronisations(), 1);
 }
 
 void CategoryRemovalTest::isPartOfTheCallersAction()
 {
     Six six;
-    synchronisations = 0;
+    synchronisations() = 0;
     QVERIFY(six.manager.beginAction());
     QVERIFY(six.manager.categoryRemoved(5));
     QVERIFY(six.manager.categoryRemoved(9));
-    QCOMPARE(synchronisations, 0);
+    QCOMPARE(synchronisations(), 0);
     QVERIFY(six.manager.endAction());
-    QCOMPARE(synchronisations, 1);
+    QCOMPARE(synchronisations(), 1);
     QCOMPARE(six.cards(), QStringLiteral("a b c d e f"));
 }
 

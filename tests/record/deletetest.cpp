@@ -1,30 +1,12 @@
 #include "categoryfixture.h"
 #include "logcapture.h"
+#include "synchronisations.h"
 
 namespace {
 
-int synchronisations = 0;
 quint32 pretendedGarbage = 0; ///< what _GetBoxGarbageSize tells; 0: the truth
 
 } // namespace
-
-extern "C" {
-
-Q_DECL_EXPORT int fsync(int descriptor)
-{
-    static const auto next = nextDefinition<int(int)>("fsync");
-    ++synchronisations;
-    return next(descriptor);
-}
-
-Q_DECL_EXPORT int fdatasync(int descriptor)
-{
-    static const auto next = nextDefinition<int(int)>("fdatasync");
-    ++synchronisations;
-    return next(descriptor);
-}
-
-} // extern "C"
 
 PdtmStatus _GetBoxGarbageSize(const char *path, uint32_t *size)
 {
@@ -313,22 +295,22 @@ void DeleteTest::bulkIsOneSynchronisation()
 {
     QFETCH(KyPDataManager::DeleteMode, mode);
     Cards cards;
-    synchronisations = 0;
+    synchronisations() = 0;
     QVERIFY(deleteCards(cards.manager, mode));
-    QCOMPARE(synchronisations, 1);
+    QCOMPARE(synchronisations(), 1);
 }
 
 void DeleteTest::bulkIsPartOfTheCallersAction()
 {
     Cards cards;
-    synchronisations = 0;
+    synchronisations() = 0;
     LogCapture log;
     QVERIFY(cards.manager.beginAction());
     QVERIFY(cards.manager.enableFilter(3));
     pretendedGarbage = 200000;
     QVERIFY(deleteCards(cards.manager, KyPDataManager::DeleteVisible));
     QVERIFY(addCard(cards.manager, QStringLiteral("new")) != 0);
-    QCOMPARE(synchronisations, 0);
+    QCOMPARE(synchronisations(), 0);
     QVERIFY(log.lines().isEmpty()); // a collection would have closed the box and undone the action
     QVERIFY(cards.manager.endAction());
     QCOMPARE(log.lines(), QStringList{"KyPDataManager: auto garbage collection 200000"});

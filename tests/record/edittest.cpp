@@ -1,10 +1,10 @@
 #include "logcapture.h"
 #include "recordfixture.h"
+#include "synchronisations.h"
 #include <unistd.h>
 
 namespace {
 
-int synchronisations = 0;
 bool refuseSyncId = false;
 bool refuseSyncIdUpdate = false;
 QByteArray refusedItem;      ///< _CardWrite fails for it
@@ -19,24 +19,6 @@ bool isAbsent(const KyPDataManager &manager, unsigned long card)
 }
 
 } // namespace
-
-extern "C" {
-
-Q_DECL_EXPORT int fsync(int descriptor)
-{
-    static const auto next = nextDefinition<int(int)>("fsync");
-    ++synchronisations;
-    return next(descriptor);
-}
-
-Q_DECL_EXPORT int fdatasync(int descriptor)
-{
-    static const auto next = nextDefinition<int(int)>("fdatasync");
-    ++synchronisations;
-    return next(descriptor);
-}
-
-} // extern "C"
 
 uint32_t DtmGetSyncId(uint32_t handle)
 {
@@ -411,27 +393,27 @@ void EditTest::oneSynchronisationAnEdit()
     KyPDataManager manager(box.path().constData(), nullptr, false);
     unsigned long card = addCard(manager, QStringLiteral("warm"));
 
-    synchronisations = 0;
+    synchronisations() = 0;
     QVERIFY(manager.editNewCard());
     QVERIFY(manager.writeItem("TITL", "a"));
     QVERIFY(manager.writeItem("LONG", 5UL));
-    QCOMPARE(synchronisations, 0);
+    QCOMPARE(synchronisations(), 0);
     card = 0;
     QVERIFY(manager.finishEditCard(&card));
-    QCOMPARE(synchronisations, 1);
+    QCOMPARE(synchronisations(), 1);
 
     QVERIFY(manager.startEditCard(card));
     QVERIFY(manager.writeItem("TITL", "b"));
     QVERIFY(manager.finishEditCard(&card));
-    QCOMPARE(synchronisations, 2);
+    QCOMPARE(synchronisations(), 2);
 
     QVERIFY(manager.startEditCard(card));
     QVERIFY(manager.writeItem("TITL", "c"));
     QVERIFY(manager.cancelEditCard());
-    QCOMPARE(synchronisations, 2);
+    QCOMPARE(synchronisations(), 2);
 
     QVERIFY(manager.deleteCard(&card, KyPDataManager::DeleteSingle));
-    QCOMPARE(synchronisations, 3);
+    QCOMPARE(synchronisations(), 3);
 }
 
 void EditTest::actionIsOneSynchronisation()
@@ -439,13 +421,13 @@ void EditTest::actionIsOneSynchronisation()
     const TestBox box;
     KyPDataManager manager(box.path().constData(), nullptr, false);
     addCard(manager, QStringLiteral("warm"));
-    synchronisations = 0;
+    synchronisations() = 0;
     QVERIFY(manager.beginAction());
     for (int i = 0; i < 20; ++i)
         QVERIFY(addCard(manager, QString::number(i)) != 0);
-    QCOMPARE(synchronisations, 0);
+    QCOMPARE(synchronisations(), 0);
     QVERIFY(manager.endAction());
-    QCOMPARE(synchronisations, 1);
+    QCOMPARE(synchronisations(), 1);
     QCOMPARE(manager.count(), 21);
 }
 
@@ -454,14 +436,14 @@ void EditTest::actionsNest()
     const TestBox box;
     KyPDataManager manager(box.path().constData(), nullptr, false);
     addCard(manager, QStringLiteral("warm"));
-    synchronisations = 0;
+    synchronisations() = 0;
     QVERIFY(manager.beginAction());
     QVERIFY(manager.beginAction());
     QVERIFY(addCard(manager, QStringLiteral("a")) != 0);
     QVERIFY(manager.endAction());
-    QCOMPARE(synchronisations, 0);
+    QCOMPARE(synchronisations(), 0);
     QVERIFY(manager.endAction());
-    QCOMPARE(synchronisations, 1);
+    QCOMPARE(synchronisations(), 1);
     QVERIFY(!manager.endAction()); // none is open
 }
 
