@@ -43,7 +43,7 @@ void takeSortExpression(const quint8 *expression, quint16 length, const PioExtBo
 }
 
 /** The name that temporary indexes of a box count from: `ppinKYA0.` for KYADRS.BOX. A box that is named like
- * one itself gives its own name. */
+ * one itself gives its own name. @param fileName of NameRoom bytes */
 void nameAfterBox(const char *boxName, char *fileName)
 {
     memcpy(fileName, boxName, NameRoom);
@@ -141,18 +141,62 @@ void KyPDataManagerPrivate::makeCurrent(PIOIDXINFO *row)
 
 PIOIDXINFO *KyPDataManagerPrivate::takeRow(const PIOIDXINFO *kept)
 {
+    if (!freeRow() && !makeRoom(kept))
+        return nullptr;
+    const QByteArray name = freeName(kept);
+    if (name.isEmpty())
+        return nullptr;
     PIOIDXINFO *row = freeRow();
-    if (!row) {
-        row = oldestRow(kept);
+    qstrncpy(row->fileName, name.constData(), NameRoom);
+    return row;
+}
+
+QByteArray KyPDataManagerPrivate::newName() const
+{
+    char name[NameRoom];
+    nameAfterBox(boxName, name);
+    return GetNewFileName(boxDir, name, TemporaryExtension, DigitPosition, DigitCount) ? QByteArray(name)
+                                                                                       : QByteArray();
+}
+
+QByteArray KyPDataManagerPrivate::freeName(const PIOIDXINFO *kept)
+{
+    const QByteArray name = newName();
+    if (!name.isEmpty())
+        return name;
+    // Managers that take turns on the box use up its names together, each with rows to spare.
+    adoptIndexes();
+    return makeRoom(kept) ? newName() : QByteArray();
+}
+
+bool KyPDataManagerPrivate::makeRoom(const PIOIDXINFO *kept)
+{
+    PIOIDXINFO *oldest = oldestRow(kept);
+    if (oldest)
+        dropRow(oldest);
+    return oldest != nullptr;
+}
+
+void KyPDataManagerPrivate::adoptIndexes()
+{
+    const QByteArray box = boxPath();
+    char name[NameRoom];
+    quint32 permanent = 0;
+    for (quint32 ordinal = 1; _GetIndexName(box.constData(), ordinal, name, NameRoom, &permanent) == PdtmOk;
+         ++ordinal) {
+        PIOIDXINFO *row = freeRow();
         if (!row)
-            return nullptr;
-        dropRow(row);
+            return;
+        if (!permanent && isOwnIndex(name) && !isKnown(name))
+            readIndexRow(name, false, row);
     }
-    nameAfterBox(boxName, row->fileName);
-    if (GetNewFileName(boxDir, row->fileName, TemporaryExtension, DigitPosition, DigitCount))
-        return row;
-    *row = {};
-    return nullptr;
+}
+
+bool KyPDataManagerPrivate::isKnown(const char *path) const
+{
+    return std::ranges::any_of(indexes, [base = DtmGetBaseNamePtr(path)](const PIOIDXINFO &row) {
+        return row.inUse && qstrcmp(row.fileName, base) == 0;
+    });
 }
 
 PIOIDXINFO *KyPDataManagerPrivate::freeRow()
@@ -169,7 +213,8 @@ PIOIDXINFO *KyPDataManagerPrivate::oldestRow(const PIOIDXINFO *kept)
     PIOIDXINFO *oldest = nullptr;
     for (int i = 0; i < indexCapacity; ++i) {
         PIOIDXINFO *row = &indexes[i];
-        if (row == resumeIndex || row == kept || row->sticky)
+        const bool hasFile = row->inUse && row->fileName[0];
+        if (!hasFile || row == resumeIndex || row == kept || row->sticky)
             continue;
         if (!oldest || row->indexAge > oldest->indexAge)
             oldest = row;
@@ -190,9 +235,18 @@ void KyPDataManagerPrivate::dropRow(PIOIDXINFO *row)
 {
     const QByteArray path = rowPath(row);
     _IndexDelete(path.constData());
-    *row = {};
+    forgetRow(row);
+}
+
+void KyPDataManagerPrivate::forgetRow(PIOIDXINFO *row)
+{
+    for (PIOIDXINFO &other : indexes) {
+        if (other.parent == row)
+            other.parent = row->parent;
+    }
     if (resumeIndex == row)
         resumeIndex = nullptr;
+    *row = {};
 }
 
 int KyPDataManagerPrivate::createSortCond(quint8 item, quint8 *dst, bool ascending) const
