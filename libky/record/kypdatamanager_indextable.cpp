@@ -141,17 +141,27 @@ void KyPDataManagerPrivate::makeCurrent(PIOIDXINFO *row)
 
 PIOIDXINFO *KyPDataManagerPrivate::takeRow(const PIOIDXINFO *kept)
 {
-    if (!freeRow() && !makeRoom(kept))
-        return nullptr;
-    const QByteArray name = freeName(kept);
+    PIOIDXINFO *row = freeRow();
+    if (!row) {
+        row = oldestRow(kept);
+        if (!row)
+            return nullptr;
+        dropRow(row);
+    }
+    const QByteArray name = freeName();
     if (name.isEmpty())
         return nullptr;
-    PIOIDXINFO *row = freeRow();
     qstrncpy(row->fileName, name.constData(), NameRoom);
     return row;
 }
 
-QByteArray KyPDataManagerPrivate::newName() const
+QByteArray KyPDataManagerPrivate::freeName()
+{
+    const QByteArray name = unusedName();
+    return name.isEmpty() && deleteUnknownIndex() ? unusedName() : name;
+}
+
+QByteArray KyPDataManagerPrivate::unusedName() const
 {
     char name[NameRoom];
     nameAfterBox(boxName, name);
@@ -159,43 +169,28 @@ QByteArray KyPDataManagerPrivate::newName() const
                                                                                        : QByteArray();
 }
 
-QByteArray KyPDataManagerPrivate::freeName(const PIOIDXINFO *kept)
+bool KyPDataManagerPrivate::deleteUnknownIndex()
 {
-    const QByteArray name = newName();
-    if (!name.isEmpty())
-        return name;
-    // Managers that take turns on the box use up its names together, each with rows to spare.
-    adoptIndexes();
-    return makeRoom(kept) ? newName() : QByteArray();
-}
-
-bool KyPDataManagerPrivate::makeRoom(const PIOIDXINFO *kept)
-{
-    PIOIDXINFO *oldest = oldestRow(kept);
-    if (oldest)
-        dropRow(oldest);
-    return oldest != nullptr;
-}
-
-void KyPDataManagerPrivate::adoptIndexes()
-{
+    if (readOnly) // it is somebody's who has the box
+        return false;
+    char counted[NameRoom];
+    nameAfterBox(boxName, counted);
     const QByteArray box = boxPath();
-    char name[NameRoom];
+    char path[NameRoom];
     quint32 permanent = 0;
-    for (quint32 ordinal = 1; _GetIndexName(box.constData(), ordinal, name, NameRoom, &permanent) == PdtmOk;
+    for (quint32 ordinal = 1; _GetIndexName(box.constData(), ordinal, path, NameRoom, &permanent) == PdtmOk;
          ++ordinal) {
-        PIOIDXINFO *row = freeRow();
-        if (!row)
-            return;
-        if (!permanent && isOwnIndex(name) && !isKnown(name))
-            readIndexRow(name, false, row);
+        const char *base = DtmGetBaseNamePtr(path);
+        if (!permanent && strncmp(base, counted, DigitPosition) == 0 && !isKnown(base) && isOfThisBox(path))
+            return _IndexDelete(path) == PdtmOk;
     }
+    return false;
 }
 
-bool KyPDataManagerPrivate::isKnown(const char *path) const
+bool KyPDataManagerPrivate::isKnown(const char *fileName) const
 {
-    return std::ranges::any_of(indexes, [base = DtmGetBaseNamePtr(path)](const PIOIDXINFO &row) {
-        return row.inUse && qstrcmp(row.fileName, base) == 0;
+    return std::ranges::any_of(indexes, [fileName](const PIOIDXINFO &row) {
+        return row.inUse && strcmp(row.fileName, fileName) == 0;
     });
 }
 
@@ -213,8 +208,7 @@ PIOIDXINFO *KyPDataManagerPrivate::oldestRow(const PIOIDXINFO *kept)
     PIOIDXINFO *oldest = nullptr;
     for (int i = 0; i < indexCapacity; ++i) {
         PIOIDXINFO *row = &indexes[i];
-        const bool hasFile = row->inUse && row->fileName[0];
-        if (!hasFile || row == resumeIndex || row == kept || row->sticky)
+        if (row == resumeIndex || row == kept || row->sticky)
             continue;
         if (!oldest || row->indexAge > oldest->indexAge)
             oldest = row;

@@ -131,7 +131,7 @@ public:
     /** Makes a row the current index, and the other temporary ones older. */
     void makeCurrent(PIOIDXINFO *row);
     /** A row, not yet in use, that names a file for a new temporary index; the oldest temporary index makes
-     * room when all rows are in use or all names are taken, be it the current one. Null when none can be had.
+     * room when all rows are in use, be it the current one. Null when none can be had.
      * @param kept makes no room, as the one to resume doesn't */
     [[nodiscard]] PIOIDXINFO *takeRow(const PIOIDXINFO *kept = nullptr);
     /** Gives up a row that takeRow() gave, null when it gave none. When the current index had to make room,
@@ -233,15 +233,16 @@ public:
 
 private:
     [[nodiscard]] PIOIDXINFO *freeRow();
-    /** Name of a file for a new temporary index, empty when there is none. */
-    [[nodiscard]] QByteArray newName() const;
-    /** The same; the oldest temporary index makes room when all names are taken. */
-    [[nodiscard]] QByteArray freeName(const PIOIDXINFO *kept);
-    /** Drops the oldest temporary index. False when none may go. */
-    bool makeRoom(const PIOIDXINFO *kept);
-    /** Takes temporary indexes that others made of the box into rows that are free. */
-    void adoptIndexes();
-    [[nodiscard]] bool isKnown(const char *indexPath) const;
+    /** Name of a file for a new temporary index, empty when there is none. When managers that take turns on
+     * the box have used up its names, one that this manager doesn't know makes room. */
+    [[nodiscard]] QByteArray freeName();
+    [[nodiscard]] QByteArray unusedName() const;
+    /** Deletes a temporary index that another manager made of this box. False when there is none. */
+    bool deleteUnknownIndex();
+    /** True when a row has an index of that base name. */
+    [[nodiscard]] bool isKnown(const char *fileName) const;
+    /** True for an index of this box, and not of another one whose indexes have the same names. */
+    [[nodiscard]] bool isOfThisBox(const char *indexPath) const;
 
     /** Keeps what tells the index of each row from others of the same name. */
     void noteDefinitions();

@@ -15,15 +15,6 @@ quint8 expressionOf(const QByteArray &indexPath, int id, quint8 *expression)
     return status == PdtmOk ? quint8(length) : quint8(0);
 }
 
-/** Base name of the box of an index, empty when that can't be read. */
-QByteArray boxNameOf(const QByteArray &indexPath)
-{
-    char name[NameRoom] = {};
-    quint16 length = NameRoom - 1;
-    const PdtmStatus status = _IndexInfoRead(indexPath.constData(), InfoBoxName, name, &length);
-    return status == PdtmOk ? QByteArray(name) : QByteArray();
-}
-
 bool isWithoutFile(const PIOIDXINFO &row)
 {
     return row.inUse && !row.fileName[0];
@@ -90,8 +81,15 @@ void KyPDataManagerPrivate::restoreView()
 bool KyPDataManagerPrivate::isAsLeft(const PIOIDXINFO &row) const
 {
     const QByteArray path = rowPath(&row);
-    return boxNameOf(path) == boxName && isSortExprsSame(path, row.closedSort, row.closedSortLength) &&
+    return isOfThisBox(path.constData()) && isSortExprsSame(path, row.closedSort, row.closedSortLength) &&
            isSearchExprsSame(path, row.closedSearch, row.closedSearchLength);
+}
+
+bool KyPDataManagerPrivate::isOfThisBox(const char *path) const
+{
+    char name[NameRoom] = {};
+    quint16 length = NameRoom - 1;
+    return _IndexInfoRead(path, InfoBoxName, name, &length) == PdtmOk && strcmp(name, boxName) == 0;
 }
 
 void KyPDataManagerPrivate::remake(PIOIDXINFO *row)
@@ -99,7 +97,7 @@ void KyPDataManagerPrivate::remake(PIOIDXINFO *row)
     if (!row || !isWithoutFile(*row) || readOnly)
         return;
     remake(row->parent);
-    const QByteArray name = freeName(row->parent);
+    const QByteArray name = freeName();
     qstrncpy(row->fileName, name.constData(), NameRoom);
     row->sticky = false;
     if (!name.isEmpty() && !makeAsLeft(*row)) {
