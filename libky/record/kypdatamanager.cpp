@@ -119,16 +119,12 @@ bool KyPDataManager::open(bool readOnly)
 
 bool KyPDataManager::openInMode()
 {
-    const QByteArray path = d->boxPath();
     if (d->readOnly || !QCoreApplication::instance()) {
-        d->boxHandle = _BoxOpenRwMode(path.constData(), d->readOnly);
-        d->restoreWorkCard();
-        return isOpened();
+        return d->openHandle();
     }
     const QPointer<KyPDataManager> self(this);
     for (int attempt = 0; attempt < OpenAttempts; ++attempt) {
-        d->boxHandle = _BoxOpenRwMode(path.constData(), 0);
-        if (d->boxHandle)
+        if (d->openHandle())
             break;
         QCoreApplication::processEvents(QEventLoop::AllEvents, AttemptWait);
         if (!self)
@@ -136,7 +132,6 @@ bool KyPDataManager::openInMode()
         if (d->boxHandle || d->waitingOpenAgain) // a slot opened it in the meantime
             return isOpened();
     }
-    d->restoreWorkCard();
     announce(CloseFileMessage, d->boxPathText());
     return isOpened();
 }
@@ -154,7 +149,7 @@ void KyPDataManager::systemMessage(const QByteArray &message, const QByteArray &
 {
     if (QCoreApplication::instance() && message == CategoryRemovedMessage) {
         if (const int category = removedCategory(data))
-            categoryRemoved(category);
+            removeCategoryNowOrLater(category);
         return;
     }
     const bool isClose = message == CloseFileMessage;
@@ -179,16 +174,6 @@ void KyPDataManagerPrivate::letGo(bool forAll)
     waitingOpenAgain = true;
     closedForAll = forAll;
     closeHandle();
-}
-
-bool KyPDataManagerPrivate::closeHandle()
-{
-    keepWorkCard();
-    if (_BoxCloseEx(boxHandle, 1) == PdtmOk)
-        boxHandle = 0;
-    else
-        restoreWorkCard();
-    return boxHandle == 0;
 }
 
 bool KyPDataManagerPrivate::setBoxPath(const char *path)

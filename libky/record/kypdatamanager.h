@@ -504,6 +504,7 @@ private:
     bool deleteVisible();
     void markVisible();
     quint16 takeFromAllCards(quint8 category);
+    void removeCategoryNowOrLater(int category);
     bool endActionAfter(quint16 status);
     const std::unique_ptr<KyPDataManagerPrivate> d;
 };

@@ -140,6 +140,15 @@ void KyPDataManagerPrivate::dropViews(quint8 category, const char *logLine)
     }
 }
 
+void KyPDataManagerPrivate::leaveCategory(quint8 category)
+{
+    dropViews(category, "deleted category index");
+    dropViews(UnfiledCategoryId, "deleted category(NO) index"); // cards may have become unfiled
+    if (!masterIndex->inUse)
+        masterIndex = wholeRow();
+    makeCurrent(masterIndex);
+}
+
 // Changes of one card
 
 bool KyPDataManagerPrivate::addToCategory(unsigned long card, quint8 category)
@@ -223,15 +232,50 @@ bool KyPDataManager::updateCategories(unsigned long card, const QList<int> &cate
 bool KyPDataManager::categoryRemoved(int category)
 {
     qDebug("categoryRemoved %s %d", d->boxName, category);
-    if (!FilerCheckCategoryId(category) || !d->masterIndex)
+    if (!FilerCheckCategoryId(category) || !d->masterIndex || !isOpened())
         return false;
     const bool isRemoved = beginAction() && endActionAfter(takeFromAllCards(quint8(category)));
-    d->dropViews(quint8(category), "deleted category index");
-    d->dropViews(UnfiledCategoryId, "deleted category(NO) index"); // cards may have become unfiled
-    if (!d->masterIndex->inUse)
-        d->masterIndex = d->wholeRow();
-    d->makeCurrent(d->masterIndex);
+    d->leaveCategory(quint8(category));
     return isRemoved;
+}
+
+void KyPDataManager::removeCategoryNowOrLater(int category)
+{
+    if (isOpened()) {
+        categoryRemoved(category);
+        return;
+    }
+    // Whoever has the box hears the message, too. A box that nobody has was lent for an attempt that failed,
+    // such as that of updateForCategoryRemoved(). The removal can't wait for the end of the loan: the id may
+    // be that of a new category by then.
+    const bool isHad = d->waitingOpenAgain && d->openHandle();
+    if (!isHad) {
+        d->noteGoneCategory(category);
+        return;
+    }
+    categoryRemoved(category);
+    d->closeHandle();
+}
+
+void KyPDataManagerPrivate::noteGoneCategory(int category)
+{
+    if (FilerCheckCategoryId(category))
+        goneCategories.set(size_t(category));
+}
+
+void KyPDataManagerPrivate::leaveGoneCategories()
+{
+    if (readOnly) // the next time that the box can be written
+        return;
+    for (size_t category = 0; category < goneCategories.size(); ++category) {
+        if (!goneCategories[category])
+            continue;
+        if (editing) // finishEditCard() would bring it back
+            takeFromCard(workCard, quint8(category));
+        if (masterIndex)
+            leaveCategory(quint8(category));
+    }
+    goneCategories.reset();
 }
 
 quint16 KyPDataManager::takeFromAllCards(quint8 category)

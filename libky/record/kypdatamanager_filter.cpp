@@ -115,7 +115,7 @@ void dropCurrent(KyPDataManagerPrivate &d)
         d.dropRow(d.currentIndex);
 }
 
-const PIOIDXINFO *parentRow(const KyPDataManagerPrivate &d, KyPDataManager::FilterFor parent)
+PIOIDXINFO *parentRow(const KyPDataManagerPrivate &d, KyPDataManager::FilterFor parent)
 {
     switch (parent) {
     case KyPDataManager::FilterCurrent:
@@ -197,7 +197,7 @@ bool KyPDataManager::disableFilter(bool discard)
 bool KyPDataManager::filter(const char *searchExp, unsigned long searchLen, const char *sortExp,
                             unsigned long sortLen, FilterFor parent, bool keepResume)
 {
-    const PIOIDXINFO *chosenFrom = parentRow(*d, parent);
+    PIOIDXINFO *chosenFrom = parentRow(*d, parent);
     if (!d->boxHandle || !chosenFrom || searchLen > PdtmInfoRoom || sortLen > PdtmInfoRoom)
         return false;
     // The index that is chosen from, or gone back to, can't make room for the one that needs it.
@@ -208,6 +208,7 @@ bool KyPDataManager::filter(const char *searchExp, unsigned long searchLen, cons
         return d->abandon(row);
     row->inUse = true;
     row->filtered = true;
+    row->parent = chosenFrom == d->masterIndex ? nullptr : chosenFrom;
     row->indexAge = NewIndexAge;
     row->keepOrder(0, reinterpret_cast<const quint8 *>(sortExp), int(sortLen), true);
     enterFilter(*d, row, keepResume);

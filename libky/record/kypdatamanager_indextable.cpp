@@ -43,7 +43,7 @@ void takeSortExpression(const quint8 *expression, quint16 length, const PioExtBo
 }
 
 /** The name that temporary indexes of a box count from: `ppinKYA0.` for KYADRS.BOX. A box that is named like
- * one itself gives its own name. */
+ * one itself gives its own name. @param fileName of NameRoom bytes */
 void nameAfterBox(const char *boxName, char *fileName)
 {
     memcpy(fileName, boxName, NameRoom);
@@ -148,11 +148,50 @@ PIOIDXINFO *KyPDataManagerPrivate::takeRow(const PIOIDXINFO *kept)
             return nullptr;
         dropRow(row);
     }
-    nameAfterBox(boxName, row->fileName);
-    if (GetNewFileName(boxDir, row->fileName, TemporaryExtension, DigitPosition, DigitCount))
-        return row;
-    *row = {};
-    return nullptr;
+    const QByteArray name = freeName();
+    if (name.isEmpty())
+        return nullptr;
+    qstrncpy(row->fileName, name.constData(), NameRoom);
+    return row;
+}
+
+QByteArray KyPDataManagerPrivate::freeName()
+{
+    const QByteArray name = unusedName();
+    return name.isEmpty() && deleteUnknownIndex() ? unusedName() : name;
+}
+
+QByteArray KyPDataManagerPrivate::unusedName() const
+{
+    char name[NameRoom];
+    nameAfterBox(boxName, name);
+    return GetNewFileName(boxDir, name, TemporaryExtension, DigitPosition, DigitCount) ? QByteArray(name)
+                                                                                       : QByteArray();
+}
+
+bool KyPDataManagerPrivate::deleteUnknownIndex()
+{
+    if (readOnly) // it is somebody's who has the box
+        return false;
+    char counted[NameRoom];
+    nameAfterBox(boxName, counted);
+    const QByteArray box = boxPath();
+    char path[NameRoom];
+    quint32 permanent = 0;
+    for (quint32 ordinal = 1; _GetIndexName(box.constData(), ordinal, path, NameRoom, &permanent) == PdtmOk;
+         ++ordinal) {
+        const char *base = DtmGetBaseNamePtr(path);
+        if (!permanent && strncmp(base, counted, DigitPosition) == 0 && !isKnown(base) && isOfThisBox(path))
+            return _IndexDelete(path) == PdtmOk;
+    }
+    return false;
+}
+
+bool KyPDataManagerPrivate::isKnown(const char *fileName) const
+{
+    return std::ranges::any_of(indexes, [fileName](const PIOIDXINFO &row) {
+        return row.inUse && strcmp(row.fileName, fileName) == 0;
+    });
 }
 
 PIOIDXINFO *KyPDataManagerPrivate::freeRow()
@@ -190,9 +229,18 @@ void KyPDataManagerPrivate::dropRow(PIOIDXINFO *row)
 {
     const QByteArray path = rowPath(row);
     _IndexDelete(path.constData());
-    *row = {};
+    forgetRow(row);
+}
+
+void KyPDataManagerPrivate::forgetRow(PIOIDXINFO *row)
+{
+    for (PIOIDXINFO &other : indexes) {
+        if (other.parent == row)
+            other.parent = row->parent;
+    }
     if (resumeIndex == row)
         resumeIndex = nullptr;
+    *row = {};
 }
 
 int KyPDataManagerPrivate::createSortCond(quint8 item, quint8 *dst, bool ascending) const

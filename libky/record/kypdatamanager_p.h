@@ -2,6 +2,7 @@
 #define KYPDATAMANAGER_P_H
 
 #include "pdtm.h"
+#include <bitset>
 #include <cstring>
 #include <QByteArray>
 #include <QString>
@@ -37,6 +38,15 @@ struct PIOIDXINFO
     bool filtered;                ///< holds the result of a search
     quint8 sortExpLength;         ///< length of sortExp; 0 when it is not kept
     quint8 sortExp[PdtmInfoRoom]; ///< the stored expression
+    PIOIDXINFO *parent;           ///< of a search: the index it was made from, null for the master
+
+    /** @name What the file of the index said when the box was closed
+     * @{ */
+    quint8 closedSortLength;
+    quint8 closedSort[PdtmInfoRoom];
+    quint8 closedSearchLength;
+    quint8 closedSearch[PdtmInfoRoom];
+    /** @} */
 
     /** True for the view of a category or a search: a sort has to keep its cards. */
     [[nodiscard]] bool isSubset() const { return categoryId != 0 || filtered; }
@@ -101,6 +111,7 @@ public:
     quint16 keptWorkCard;         ///< where the work card lies while the box is closed, 0 when there is none
     int openActions;              ///< nested actions that are open
     bool collectionDue;           ///< garbage is to be looked at behind the outermost action
+    std::bitset<256> goneCategories; ///< removed while the box was closed
 
     /** Splits a path into boxDir and boxName. False for an invalid path. */
     bool setBoxPath(const char *path);
@@ -129,6 +140,8 @@ public:
     /** Deletes the index of a row and zeroes the row. It is no longer the one to resume; as current index it
      * stays pointed at, and the view then holds no card. */
     void dropRow(PIOIDXINFO *row);
+    /** Zeroes a row, and leaves its file to whoever has it. Otherwise as dropRow(). */
+    void forgetRow(PIOIDXINFO *row);
     /** Path of the index of a row. */
     [[nodiscard]] QByteArray rowPath(const PIOIDXINFO *row) const;
     /** Writes the whole sort expression for an item, terminator included, to @p dst of PdtmInfoRoom bytes,
@@ -196,8 +209,8 @@ public:
     void takeOutOfViews(quint8 category, unsigned long card);
     /** Takes a card out of the views of all categories but UnfiledCategoryId. */
     void takeOutOfFiledViews(unsigned long card);
-    /** Drops all views of a category, with a log line each. */
-    void dropViews(quint8 category, const char *logLine);
+    /** Drops all views of a category that is removed, and of the unfiled; the master is shown. */
+    void leaveCategory(quint8 category);
     /** The master, or, while that is a view of a part of the box, a permanent index of all cards. */
     [[nodiscard]] PIOIDXINFO *wholeRow();
 
@@ -206,6 +219,11 @@ public:
 
     /** Closes the box and keeps the edit. False when it stays open. */
     bool closeHandle();
+    /** One attempt to open the box. What the manager knows of it is brought into line with what others did
+     * since it was closed, and the edit goes on. */
+    bool openHandle();
+    /** Deals with a category that was removed while the box is closed. */
+    void noteGoneCategory(int category);
 
     [[nodiscard]] quint32 garbage() const;
     /** Takes the present garbage as garbageAtStart, at the begin of an edit or deletion. */
@@ -215,6 +233,32 @@ public:
 
 private:
     [[nodiscard]] PIOIDXINFO *freeRow();
+    /** Name of a file for a new temporary index, empty when there is none. When managers that take turns on
+     * the box have used up its names, one that this manager doesn't know makes room. */
+    [[nodiscard]] QByteArray freeName();
+    [[nodiscard]] QByteArray unusedName() const;
+    /** Deletes a temporary index that another manager made of this box. False when there is none. */
+    bool deleteUnknownIndex();
+    /** True when a row has an index of that base name. */
+    [[nodiscard]] bool isKnown(const char *fileName) const;
+    /** True for an index of this box, and not of another one whose indexes have the same names. */
+    [[nodiscard]] bool isOfThisBox(const char *indexPath) const;
+
+    /** Keeps what tells the index of each row from others of the same name. */
+    void noteDefinitions();
+    /** Takes the file from each row whose index others have deleted or replaced since noteDefinitions(). */
+    void loseIndexes();
+    /** Shows the same view as before: an index that was lost is made anew when the view needs it, and
+     * forgotten otherwise. */
+    void restoreView();
+    [[nodiscard]] bool isAsLeft(const PIOIDXINFO &row) const;
+    /** Gives a row that has lost its file a new one with the same cards in the same order, if that can be. */
+    void remake(PIOIDXINFO *row);
+    [[nodiscard]] bool makeAsLeft(const PIOIDXINFO &row) const;
+    /** Does for goneCategories what is left when somebody else took them from the cards. */
+    void leaveGoneCategories();
+    /** Drops all views of a category, with a log line each. */
+    void dropViews(quint8 category, const char *logLine);
     /** The temporary index that has not been current for the longest time; null when there is none that may
      * go. */
     [[nodiscard]] PIOIDXINFO *oldestRow(const PIOIDXINFO *kept);

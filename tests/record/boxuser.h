@@ -24,10 +24,13 @@
  *     add TEXT               a new card: answers its id
  *     delete CARD
  *     number-of CARD         what stands in it
+ *     file CARD ID           into a category
+ *     categories-of CARD     ids with blanks between them, "none" when there is none
  *     view                   the title of the current card, the direction, the titles in their order
  *     turn                   the view as a user left it: the second card, descending
  *     sort CODE, find TEXT, category ID, leave    other views: by an item, of a search, of a category; out
  *                            of the search
+ *     evict                  makes all its temporary indexes make room
  *
  * "done" and "refused" are the answers to the rest.
  */
@@ -87,6 +90,14 @@ private:
              }},
             {"number-of",
              [](BoxUser &user, const QByteArray &card) { return user.numberOf(card.toULong()); }},
+            {"file",
+             [](BoxUser &user, const QByteArray &words) {
+                 const QByteArrayList parts = words.split(' ');
+                 return done(user.m_manager->addCardToCtgr(parts.value(0).toULong(), parts.value(1).toInt(),
+                                                           KyPDataManager::DeleteSingle, false));
+             }},
+            {"categories-of",
+             [](BoxUser &user, const QByteArray &card) { return user.categoriesOf(card.toULong()); }},
             {"view", [](BoxUser &user, const QByteArray &) { return user.view(); }},
             {"sort",
              [](BoxUser &user, const QByteArray &code) {
@@ -97,6 +108,7 @@ private:
                             const QByteArray &id) { return done(user.m_manager->enableFilter(id.toInt())); }},
             {"leave", [](BoxUser &user, const QByteArray &) { return done(user.m_manager->unfilter(true)); }},
             {"turn", [](BoxUser &user, const QByteArray &) { return user.turn(); }},
+            {"evict", [](BoxUser &user, const QByteArray &) { return user.evict(); }},
         };
         return table;
     }
@@ -155,6 +167,24 @@ private:
         for (unsigned long card = m_manager->firstCard(); card != 0; card = m_manager->nextCard(card))
             parts.append(m_manager->readItem("TITL", card).toUtf8());
         return parts.join(' ');
+    }
+
+    QByteArray categoriesOf(unsigned long card) const
+    {
+        QByteArrayList ids;
+        for (const int id : m_manager->readCategories(card))
+            ids.append(QByteArray::number(id));
+        return ids.isEmpty() ? "none" : ids.join(' ');
+    }
+
+    QByteArray evict()
+    {
+        // Each new order takes the place of the oldest index, until none of the others is left.
+        bool isDone = true;
+        for (const char *item : {"NUMB", "SHRT", "LONG", "FLAG", "SALT", "TIME", "BINA", "COLR", "SJIS"})
+            isDone = m_manager->sort(item, true) && isDone;
+        m_manager->sort(true);
+        return done(isDone);
     }
 
     QByteArray find(const QByteArray &text)

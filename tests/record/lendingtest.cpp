@@ -6,9 +6,13 @@ class LendingTest : public QObject
 {
     Q_OBJECT
 private slots:
+    void init() { deleteTemporaryFiles(); }
     void viewIsAsItWasWhenTheBoxComesBack_data();
     void viewIsAsItWasWhenTheBoxComesBack();
     void searchIsLeftForTheOrderThatWas();
+    void viewOutlastsTheBorrowersIndexes_data();
+    void viewOutlastsTheBorrowersIndexes();
+    void turnsDoNotUseUpTheNames();
     void boxGoesBackAndForth();
     void boxesGoAndComeBackForAll();
     void requestForAnotherBoxIsIgnored();
@@ -22,6 +26,12 @@ private slots:
     void editOfADeletedCardWritesItAgain();
     void finishWhileLentKeepsTheEdit();
     void cancelWhileLentEndsTheEdit();
+
+    // removal of a category
+    void removalReachesABoxThatNobodyHas();
+    void removalDuringTheLoan();
+    void newCategoryOfTheSameIdStays();
+    void removalDuringTheLoanReachesTheEdit();
 };
 
 namespace {
@@ -30,6 +40,12 @@ void tellAll(const char *message, const QByteArray &path)
 {
     QCopEnvelope envelope("QPE/System", message);
     envelope << QString::fromUtf8(path) << QStringLiteral("somebody");
+}
+
+void tellRemoved(int category)
+{
+    QCopEnvelope envelope("QPE/System", "categoryRemoved(int)");
+    envelope << qint32(category);
 }
 
 /** Fills a box. @return the cards, in the order of the titles */
@@ -130,6 +146,64 @@ void LendingTest::searchIsLeftForTheOrderThatWas()
     QCOMPARE(owner.ask("view"), " ascending c");
     QCOMPARE(owner.ask("leave"), "done"); // to the view that was before the search
     QCOMPARE(owner.ask("view"), " ascending b c d a");
+}
+
+void LendingTest::viewOutlastsTheBorrowersIndexes_data()
+{
+    QTest::addColumn<QByteArrayList>("commands");
+    QTest::addColumn<QByteArrayList>("meanwhile");
+    const QByteArrayList others{"evict", "find b"};
+    QTest::newRow("order") << QByteArrayList{"sort LONG"} << others;
+    QTest::newRow("search") << QByteArrayList{"find a"} << others;
+    QTest::newRow("category") << QByteArrayList{"category 5"} << others;
+    QTest::newRow("unfiled") << QByteArrayList{"category 254"} << others;
+    QTest::newRow("unfiled in both") << QByteArrayList{"category 254"} << QByteArrayList{"category 254"};
+}
+
+void LendingTest::viewOutlastsTheBorrowersIndexes()
+{
+    QFETCH(QByteArrayList, commands);
+    QFETCH(QByteArrayList, meanwhile);
+    const TestBox box;
+    const QByteArrayList cards = makeCards(box, {"a", "ab", "b", "c"});
+    BoxUserProcess owner(box.path(), "owner");
+    QCOMPARE(owner.start(), "open");
+    QCOMPARE(owner.ask("begin " + cards[0]), "done");
+    QCOMPARE(owner.ask("number 5"), "done");
+    QCOMPARE(owner.ask("finish " + cards[0]), cards[0]);
+    for (const QByteArray &card : {cards[1], cards[2]})
+        QCOMPARE(owner.ask("file " + card + " 5"), "done");
+    for (const QByteArray &command : commands)
+        QCOMPARE(owner.ask(command), "done");
+    const QByteArray before = owner.ask("turn");
+    QVERIFY(!before.endsWith("c b ab a"));
+    BoxUserProcess borrower(box.path(), "borrower");
+    QCOMPARE(borrower.start(), "closed");
+    QCOMPARE(borrower.ask("take"), "open");
+    for (const QByteArray &command : meanwhile)
+        QCOMPARE(borrower.ask(command), "done");
+    const QByteArray borrowers = borrower.ask("view");
+    giveBack(borrower, owner);
+    QCOMPARE(owner.ask("view"), before);
+    QCOMPARE(owner.ask("close"), "closed"); // the borrower's is its own as well
+    QCOMPARE(borrower.ask("open"), "open");
+    QCOMPARE(borrower.ask("view"), borrowers);
+}
+
+void LendingTest::turnsDoNotUseUpTheNames()
+{
+    const TestBox box;
+    makeCards(box, {"a", "ab", "c"});
+    BoxUserProcess one(box.path(), "one"), other(box.path(), "other");
+    QVERIFY(!one.start().isEmpty() && !other.start().isEmpty());
+    QCOMPARE(one.ask("take"), "open");
+    QCOMPARE(other.ask("take"), "open");
+    QCOMPARE(other.ask("evict"), "done"); // nine indexes that the first doesn't know
+    giveBack(other, one);
+    for (const QByteArray text : {"a", "ab", "c", "a"}) { // the letters of an incremental search
+        QCOMPARE(one.ask("find " + text), "done");
+        QVERIFY(one.ask("view").startsWith(" ascending " + text));
+    }
 }
 
 void LendingTest::boxGoesBackAndForth()
@@ -334,6 +408,89 @@ void LendingTest::cancelWhileLentEndsTheEdit()
     QCOMPARE(owner.ask("begin " + cards[0]), "done");
     QCOMPARE(owner.ask("finish " + cards[0]), cards[0]);
     QCOMPARE(owner.ask("view"), " ascending a");
+}
+
+void LendingTest::removalReachesABoxThatNobodyHas()
+{
+    const TestBox box;
+    const QByteArray card = makeCards(box, {"a"}).first();
+    // updateForCategoryRemoved() asks for boxes by their plain paths.
+    const QByteArray path = QFile::encodeName(boxFolder()) + box.path().mid(3);
+    BoxUserProcess owner(path, "owner");
+    QCOMPARE(owner.start(), "open");
+    QCOMPARE(owner.ask("settle"), "open");
+    QCOMPARE(owner.ask("file " + card + " 5"), "done");
+    KyPDtm::updateForCategoryRemovedVolume(boxFolder().chopped(1), 5);
+    tellRemoved(5);
+    QCOMPARE(owner.ask("settle"), "closed");                    // at a request of somebody that didn't wait
+    const quint32 reader = _BoxOpenRwMode(path.constData(), 1); // silent
+    CardItemKey key = {quint16(card.toUInt()), {'C', 'T', 'G', 'R'}};
+    char list[8] = {};
+    quint32 size = sizeof list;
+    QCOMPARE(int(_CardRead(reader, &key, list, &size)), int(PdtmOk));
+    QCOMPARE(int(size), 0);
+    QCOMPARE(int(_BoxClose(reader)), int(PdtmOk));
+    tellAll("openFile(QString,QString)", path); // kyplatformd does it
+    QCOMPARE(owner.ask("await open"), "open");
+    QCOMPARE(owner.ask("categories-of " + card), "none");
+}
+
+void LendingTest::removalDuringTheLoan()
+{
+    const TestBox box;
+    const QByteArrayList cards = makeCards(box, {"a", "b", "c"});
+    BoxUserProcess owner(box.path(), "owner"), borrower(box.path(), "borrower");
+    QVERIFY(!owner.start().isEmpty() && !borrower.start().isEmpty());
+    QCOMPARE(owner.ask("take"), "open");
+    QCOMPARE(owner.ask("file " + cards[1] + " 5"), "done");
+    QCOMPARE(owner.ask("category 5"), "done");
+    lend(owner, borrower);
+    tellRemoved(5);
+    QCOMPARE(owner.ask("settle"), "closed");
+    QCOMPARE(borrower.ask("settle"), "open");
+    giveBack(borrower, owner);
+    QCOMPARE(owner.ask("categories-of " + cards[1]), "none");
+    QCOMPARE(owner.ask("view"), " ascending a b c"); // the category is left, as ever
+}
+
+void LendingTest::newCategoryOfTheSameIdStays()
+{
+    const TestBox box;
+    const QByteArrayList cards = makeCards(box, {"a", "b"});
+    BoxUserProcess owner(box.path(), "owner"), borrower(box.path(), "borrower");
+    QVERIFY(!owner.start().isEmpty() && !borrower.start().isEmpty());
+    QCOMPARE(owner.ask("take"), "open");
+    QCOMPARE(owner.ask("file " + cards[0] + " 5"), "done");
+    lend(owner, borrower);
+    tellRemoved(5);
+    QCOMPARE(owner.ask("settle"), "closed");
+    QCOMPARE(borrower.ask("settle"), "open");
+    QCOMPARE(borrower.ask("file " + cards[1] + " 5"), "done");
+    giveBack(borrower, owner);
+    QCOMPARE(owner.ask("categories-of " + cards[0]), "none");
+    QCOMPARE(owner.ask("categories-of " + cards[1]), "5");
+}
+
+void LendingTest::removalDuringTheLoanReachesTheEdit()
+{
+    const TestBox box;
+    const QByteArray card = makeCards(box, {"a"}).first();
+    BoxUserProcess owner(box.path(), "owner"), borrower(box.path(), "borrower");
+    QVERIFY(!owner.start().isEmpty() && !borrower.start().isEmpty());
+    QCOMPARE(owner.ask("take"), "open");
+    for (const QByteArray category : {" 5", " 9"})
+        QCOMPARE(owner.ask("file " + card + category), "done");
+    QCOMPARE(owner.ask("begin " + card), "done");
+    QCOMPARE(owner.ask("title edited"), "done");
+    lend(owner, borrower);
+    tellRemoved(5);
+    QCOMPARE(owner.ask("settle"), "closed");
+    QCOMPARE(borrower.ask("settle"), "open");
+    QCOMPARE(borrower.ask("categories-of " + card), "9");
+    giveBack(borrower, owner);
+    QCOMPARE(owner.ask("finish " + card), card);
+    QCOMPARE(owner.ask("categories-of " + card), "9");
+    QCOMPARE(titleOf(box, card), "edited");
 }
 
 KY_TEST_MAIN_WITH_CHILD(LendingTest, useBox)
