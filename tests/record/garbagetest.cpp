@@ -239,15 +239,18 @@ void GarbageTest::collectionSendsNoMessage()
     const TestBox box;
     KyPDataManager manager(box.path().constData(), nullptr, false);
     unsigned long card = addCard(manager, QStringLiteral("a"));
-    QTest::qWait(50); // what the constructor sent
     QCopChannel channel("QPE/System");
-    int messages = 0;
-    connect(&channel, &QCopChannel::received, this, [&messages] { ++messages; });
+    QByteArrayList messages;
+    connect(&channel, &QCopChannel::received, this,
+            [&messages](const QByteArray &message) { messages.append(message); });
+    QCopChannel::send("QPE/System", "before()");
+    QTRY_VERIFY_WITH_TIMEOUT(messages.contains("before()"), 10000); // and behind it nothing of the opening
     pretend({0, 200000});
     QVERIFY(manager.deleteCard(&card, KyPDataManager::DeleteSingle));
     QCOMPARE(calls.size(), 3);
-    QCopChannel::send("QPE/System", "last()");
-    QTRY_COMPARE(messages, 1);
+    QCopChannel::send("QPE/System", "after()");
+    QTRY_VERIFY_WITH_TIMEOUT(messages.contains("after()"), 10000);
+    QCOMPARE(messages.mid(messages.indexOf("before()")), (QByteArrayList{"before()", "after()"}));
 }
 
 void GarbageTest::reopenThatFailsLeavesTheBoxClosed()
