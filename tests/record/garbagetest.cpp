@@ -60,6 +60,7 @@ private slots:
     void automaticCollection();
     void bulkDeletionCollects_data();
     void bulkDeletionCollects();
+    void growthOfAnActionCountsFromItsFirstEdit();
     void viewStaysOverACollection();
     void failedEditCollectsNothing();
     void realGarbageIsCollected();
@@ -181,6 +182,22 @@ void GarbageTest::bulkDeletionCollects()
     QCOMPARE(manager.count(), 0);
     QVERIFY(addCard(manager, QStringLiteral("c")) != 0);
     QCOMPARE(manager.count(), 1);
+}
+
+void GarbageTest::growthOfAnActionCountsFromItsFirstEdit()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    pretend({1000, 21481}); // at the first edit, and ever after
+    QVERIFY(manager.beginAction());
+    QVERIFY(addCard(manager, QStringLiteral("a")) && addCard(manager, QStringLiteral("b")));
+    QVERIFY(calls.isEmpty());
+    QVERIFY(manager.endAction());
+    QCOMPARE(calls, (QByteArrayList{"close", "collect 0", "open 0"}));
+    QCOMPARE(manager.count(), 2);
+    calls.clear();
+    QVERIFY(addCard(manager, QStringLiteral("c")) != 0); // counts from its own begin again
+    QVERIFY(calls.isEmpty());
 }
 
 void GarbageTest::viewStaysOverACollection()
