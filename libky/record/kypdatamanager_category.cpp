@@ -93,6 +93,8 @@ bool KyPDataManagerPrivate::putIntoView(PIOIDXINFO *row, unsigned long card)
     if (status == PdtmOk || status == PdtmAlreadyInIndex)
         return true;
     dropRow(row); // it can no longer be trusted
+    if (masterIndex == row)
+        masterIndex = wholeRow();
     lastError = status;
     return false;
 }

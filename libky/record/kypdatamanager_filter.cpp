@@ -26,6 +26,12 @@ void copyOrder(const PIOIDXINFO &from, PIOIDXINFO *to)
     to->keepOrder(from.sortItem, from.sortExp, from.sortExpLength, from.ascending);
 }
 
+/** The row whose order a new view takes over: the master where the index of the view had to be dropped. */
+const PIOIDXINFO &shownRow(const KyPDataManagerPrivate &d)
+{
+    return d.currentIndex->inUse ? *d.currentIndex : *d.masterIndex;
+}
+
 /** The item tells all: a row that was read from a file has no expression beside it. */
 bool haveSameOrder(const PIOIDXINFO &row, const PIOIDXINFO &other)
 {
@@ -96,7 +102,7 @@ bool fillCategory(KyPDataManagerPrivate &d, PIOIDXINFO *row, int category, const
 /** Makes a new index of a category current. @param former its index until now, null when there is none */
 bool buildCategory(KyPDataManagerPrivate &d, int category, PIOIDXINFO *former)
 {
-    const PIOIDXINFO view = *d.currentIndex; // which may be the one that makes room
+    const PIOIDXINFO view = shownRow(d); // which may be the one that makes room
     // A box that is closed can't fill an index: none has to make room for it.
     PIOIDXINFO *row = d.boxHandle ? d.takeRow() : nullptr;
     if (!row || !fillCategory(d, row, category, view))
@@ -130,9 +136,11 @@ PIOIDXINFO *parentRow(const KyPDataManagerPrivate &d, KyPDataManager::FilterFor 
 
 void enterFilter(KyPDataManagerPrivate &d, PIOIDXINFO *row, bool keepResume)
 {
+    // Its index may have made room for the row, or have been dropped before.
+    const bool isLeft = d.currentIndex->inUse && d.currentIndex != row;
     if (keepResume)
-        d.resumeIndex = d.currentIndex;
-    else if (d.currentIndex->filtered && d.currentIndex != row) // it may have made room for the row
+        d.resumeIndex = isLeft ? d.currentIndex : nullptr;
+    else if (isLeft && d.currentIndex->filtered)
         dropCurrent(d);
     d.makeCurrent(row);
 }
@@ -160,14 +168,14 @@ bool KyPDataManager::enableFilter(int category)
         return false;
     // The cards of no category change with every edit, and a category of a subset depends on that subset.
     const bool canReuse = category != UnfiledCategoryId && d->masterIndex->isPlain();
-    if (canReuse && d->currentIndex->categoryId == category)
+    if (canReuse && d->currentIndex->inUse && d->currentIndex->categoryId == category)
         return true;
     // No category is found as the first index without one: a chooser that is cleared keeps the order it
     // shows.
     PIOIDXINFO *found = categoryRow(*d, category);
     if (!canReuse || !found)
         return category != NoCategory && buildCategory(*d, category, found);
-    if (!takeOrder(*d, found, *d->currentIndex))
+    if (!takeOrder(*d, found, shownRow(*d)))
         return false;
     d->makeCurrent(found);
     return true;
@@ -198,7 +206,8 @@ bool KyPDataManager::filter(const char *searchExp, unsigned long searchLen, cons
                             unsigned long sortLen, FilterFor parent, bool keepResume)
 {
     PIOIDXINFO *chosenFrom = parentRow(*d, parent);
-    if (!d->boxHandle || !chosenFrom || searchLen > PdtmInfoRoom || sortLen > PdtmInfoRoom)
+    if (!d->boxHandle || !chosenFrom || !chosenFrom->inUse || searchLen > PdtmInfoRoom ||
+        sortLen > PdtmInfoRoom)
         return false;
     // The index that is chosen from, or gone back to, can't make room for the one that needs it.
     PIOIDXINFO *row = d->takeRow(keepResume ? d->currentIndex : chosenFrom);

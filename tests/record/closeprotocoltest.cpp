@@ -62,7 +62,7 @@ private:
     {
         m_isSettled = false;
         QCopChannel::send("QPE/System", "marker()");
-        QVERIFY(QTest::qWaitFor([this] { return m_isSettled; }));
+        QVERIFY(QTest::qWaitFor([this] { return m_isSettled; }, 10000));
     }
 
     void note(const QByteArray &message, const QByteArray &data)
@@ -309,9 +309,9 @@ void CloseProtocolTest::closeFileOverTheChannel()
     KyPDataManager manager(box.path().constData(), nullptr, false);
     QCopChannel::send("QPE/System", CloseFile, argumentsOf(box.path(), "other"));
     QVERIFY(manager.isOpened());
-    QTRY_VERIFY(!manager.isOpened());
+    QTRY_VERIFY_WITH_TIMEOUT(!manager.isOpened(), 10000);
     QCopChannel::send("QPE/System", OpenFile, argumentsOf(box.path(), "other"));
-    QTRY_VERIFY(manager.isOpened());
+    QTRY_VERIFY_WITH_TIMEOUT(manager.isOpened(), 10000);
 }
 
 void CloseProtocolTest::ignoredCloseFiles_data()
@@ -587,7 +587,7 @@ void CloseProtocolTest::deletionDuringTheReopen()
     });
     openAttempts = 0;
     watch.start(0);
-    QTRY_VERIFY(!manager);
+    QTRY_VERIFY_WITH_TIMEOUT(!manager, 10000);
     Traffic traffic; // the channel it came over is gone, others work
     QVERIFY(traffic.messages().isEmpty());
 }

@@ -60,6 +60,7 @@ private slots:
     void automaticCollection();
     void bulkDeletionCollects_data();
     void bulkDeletionCollects();
+    void growthOfAnActionCountsFromItsFirstEdit();
     void viewStaysOverACollection();
     void failedEditCollectsNothing();
     void realGarbageIsCollected();
@@ -183,6 +184,22 @@ void GarbageTest::bulkDeletionCollects()
     QCOMPARE(manager.count(), 1);
 }
 
+void GarbageTest::growthOfAnActionCountsFromItsFirstEdit()
+{
+    const TestBox box;
+    KyPDataManager manager(box.path().constData(), nullptr, false);
+    pretend({1000, 21481}); // at the first edit, and ever after
+    QVERIFY(manager.beginAction());
+    QVERIFY(addCard(manager, QStringLiteral("a")) && addCard(manager, QStringLiteral("b")));
+    QVERIFY(calls.isEmpty());
+    QVERIFY(manager.endAction());
+    QCOMPARE(calls, (QByteArrayList{"close", "collect 0", "open 0"}));
+    QCOMPARE(manager.count(), 2);
+    calls.clear();
+    QVERIFY(addCard(manager, QStringLiteral("c")) != 0); // counts from its own begin again
+    QVERIFY(calls.isEmpty());
+}
+
 void GarbageTest::viewStaysOverACollection()
 {
     const TestBox box;
@@ -239,15 +256,18 @@ void GarbageTest::collectionSendsNoMessage()
     const TestBox box;
     KyPDataManager manager(box.path().constData(), nullptr, false);
     unsigned long card = addCard(manager, QStringLiteral("a"));
-    QTest::qWait(50); // what the constructor sent
     QCopChannel channel("QPE/System");
-    int messages = 0;
-    connect(&channel, &QCopChannel::received, this, [&messages] { ++messages; });
+    QByteArrayList messages;
+    connect(&channel, &QCopChannel::received, this,
+            [&messages](const QByteArray &message) { messages.append(message); });
+    QCopChannel::send("QPE/System", "before()");
+    QTRY_VERIFY_WITH_TIMEOUT(messages.contains("before()"), 10000); // and behind it nothing of the opening
     pretend({0, 200000});
     QVERIFY(manager.deleteCard(&card, KyPDataManager::DeleteSingle));
     QCOMPARE(calls.size(), 3);
-    QCopChannel::send("QPE/System", "last()");
-    QTRY_COMPARE(messages, 1);
+    QCopChannel::send("QPE/System", "after()");
+    QTRY_VERIFY_WITH_TIMEOUT(messages.contains("after()"), 10000);
+    QCOMPARE(messages.mid(messages.indexOf("before()")), (QByteArrayList{"before()", "after()"}));
 }
 
 void GarbageTest::reopenThatFailsLeavesTheBoxClosed()
