@@ -545,11 +545,11 @@ void EventMappingTest::roundTripInTheFile()
 
 void EventMappingTest::categoriesAreSpeltInTwoWays()
 {
-    const int written = fileCategory("Calender", "party");
-    const int read = fileCategory("Calendar", "party");
+    const int written = fileCategory("Calendar", "party");
+    const int read = fileCategory("Calender", "party");
     QVERIFY(written && read && written != read);
     Event event = timedEvent();
-    event.setCategories({written, fileCategory("Calendar", "only for reading")});
+    event.setCategories({written, fileCategory("Calender", "only for reading")});
     unsigned long card = 0;
     QVERIFY(KyPDataBase::addDatebookEntry(db.get(), &card, event, KyPDataBase::CategoriesXml));
     QCOMPARE(categoryNames(*db, card), QStringList{"party"});

@@ -786,8 +786,16 @@ void KyCategoriesTest::tableThatIsHeldForGoodGivesUnknown()
     QCOMPARE(categories.id("2"), 0);
     QVERIFY(clock.elapsed() < 10000);
     QCOMPARE(categories.addCategory("new"), 0);
+    clock.restart();
+    for (int id = 1; id <= 30; ++id)
+        QVERIFY(categories.label(id).isNull());
+    QVERIFY(clock.elapsed() < 15000); // one wait is enough
     QCOMPARE(_BoxCloseEx(handle, 1), PdtmStatus(PdtmOk));
     QCOMPARE(categories.id("2"), 2);
+    ChildProcess holder({"table"});
+    QCOMPARE(holder.readLine(), "held");
+    QCOMPARE(categories.id("2"), 2); // and it waits again
+    QCOMPARE(holder.finish(), 0);
 }
 
 void KyCategoriesTest::manyApplicationsAtOnce()
