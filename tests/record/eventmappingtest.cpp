@@ -86,6 +86,8 @@ private slots:
     void noRepeatLeavesTheFieldsAlone();
     void noRepeatEndIsFarAway();
     void repeatEndIsALocalDate();
+    void repeatEndsUnlessItsFlagIsZero_data();
+    void repeatEndsUnlessItsFlagIsZero();
     void repeatTypes_data();
     void repeatTypes();
     void otherRepeatTypesAreRefused_data();
@@ -388,6 +390,25 @@ void EventMappingTest::repeatEndIsALocalDate()
         QVERIFY(storeBytes(*db, card, "REDT", stored));
         QCOMPARE(read(card).repeatPattern().endDateUTC, midnight);
     }
+}
+
+void EventMappingTest::repeatEndsUnlessItsFlagIsZero_data()
+{
+    QTest::addColumn<QByteArray>("stored");
+    QTest::addColumn<bool>("hasEnd");
+    QTest::newRow("0") << QByteArray(1, '\0') << false;
+    QTest::newRow("1") << QByteArray("\x01") << true;
+    QTest::newRow("255") << QByteArray("\xFF") << true;
+    QTest::newRow("missing") << QByteArray() << true;
+}
+
+void EventMappingTest::repeatEndsUnlessItsFlagIsZero()
+{
+    QFETCH(QByteArray, stored);
+    QFETCH(bool, hasEnd);
+    const unsigned long card = add(fullEvent());
+    QVERIFY(storeBytes(*db, card, "REND", stored));
+    QCOMPARE(read(card).repeatPattern().endDate(), hasEnd ? QDate(2027, 1, 31) : QDate());
 }
 
 void EventMappingTest::repeatTypes_data()

@@ -8,6 +8,7 @@
 #include "qcopenvelope.h"
 #include "qpeapplication.h"
 #include "tablefixture.h"
+#include "writewatch.h"
 #include <algorithm>
 #include <QTranslator>
 
@@ -136,6 +137,7 @@ private slots:
     void fileNames();
     void card();
     void cardOfASystemCategory();
+    void itemsAreWrittenInOrder();
 
     // adding
     void idsRiseFromOne();
@@ -194,6 +196,7 @@ private slots:
 void KyCategoriesTest::init()
 {
     QVERIFY(makeTable());
+    WriteWatch::reset();
     opens = 0;
 }
 
@@ -255,6 +258,21 @@ void KyCategoriesTest::cardOfASystemCategory()
     QCOMPARE(categories.addSystemCategory("System"), 1);
     const KyPDataManager table(TableBox, nullptr, true);
     QCOMPARE(storedBytes(table, table.firstCard(), "TYPE"), QByteArray("\x80"));
+}
+
+void KyCategoriesTest::itemsAreWrittenInOrder()
+{
+    KyCategories categories(nullptr);
+    const QByteArrayList order{"TITL", "SCTG", "COLR", "TYPE"};
+    for (int failing = 0; failing < order.size(); ++failing) {
+        WriteWatch::reset();
+        WriteWatch::fail(order[failing]);
+        QCOMPARE(categories.addCategory("new"), 0);
+        QCOMPARE(WriteWatch::codes(), QByteArrayList{"ATTR"} + order.first(failing + 1));
+    }
+    WriteWatch::reset();
+    QCOMPARE(categories.addCategory("new"), 1);
+    QCOMPARE(WriteWatch::codes().mid(1, order.size()), order);
 }
 
 void KyCategoriesTest::idsRiseFromOne()
