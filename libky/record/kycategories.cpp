@@ -70,10 +70,12 @@ KyCategoriesPrivate::KyCategoriesPrivate()
 
 bool KyCategoriesPrivate::open()
 {
-    const QDeadlineTimer end(LongestWait);
+    const QDeadlineTimer end(hasWaitedInVain ? 0 : LongestWait);
+    hasWaitedInVain = false;
     while (!tryOpen()) {
         const bool isHeld = !manager->isOpened() && KyPDataManager::checkFile(TableBox);
-        if (!isHeld || end.hasExpired())
+        hasWaitedInVain = isHeld && end.hasExpired();
+        if (!isHeld || hasWaitedInVain)
             return false;
         QThread::msleep(Pause);
     }
@@ -198,7 +200,7 @@ std::optional<int> KyCategoriesPrivate::remove(const QString &name)
     unsigned long card = table ? search(name) : 0;
     if (!card)
         return std::nullopt;
-    const int id = idOf(name);
+    const int id = qMax(manager->readUcharItem("SCTG", card), 0);
     return manager->deleteCard(&card, KyPDataManager::DeleteSingle) ? std::optional(id) : std::nullopt;
 }
 

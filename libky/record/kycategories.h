@@ -20,8 +20,9 @@ class KyCategoriesPrivate;
  * is tr("Unfiled"), and it can be neither added, renamed nor removed.
  *
  * The box is held only during a call, so that every call sees what other applications did before. When
- * another one is just using it, the call waits, handling events, for a second at most. A failure to open it
- * counts as "unknown".
+ * another one is just using it, the call waits, handling events, for a second at most; where that was in
+ * vain, the next calls of the object don't wait until the table has been free. A failure to open it counts as
+ * "unknown".
  *
  * Names are compared in full. They hold at least one character, and none that the category file can't hold:
  * see Categories::isValidName().

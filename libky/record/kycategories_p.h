@@ -17,7 +17,8 @@ public:
     quint8 thirdAttribute = 0; ///< passed through to KyPDataManager::search()
 
     /** Opens the table, unless it is open. One that another application has is waited for, a second at
-     * most: nobody keeps it for longer than a call. */
+     * most: nobody keeps it for longer than a call. Where one does all the same, the next calls wait no
+     * more, so that many in a row don't stop an application for minutes. */
     bool open();
     void close();
 
@@ -49,6 +50,8 @@ public:
     /** @} */
 
 private:
+    bool hasWaitedInVain = false; ///< at the last open()
+
     [[nodiscard]] unsigned long searchTerm(const QByteArray &term);
     [[nodiscard]] bool tryOpen();
 };

@@ -9,8 +9,8 @@ namespace KyPDtm {
 namespace {
 
 // The two spellings are two groups of the category file, which other applications know by these names.
-constexpr QLatin1String WrittenFrom("Calender");
-constexpr QLatin1String ReadFor("Calendar");
+constexpr QLatin1String WrittenFrom("Calendar");
+constexpr QLatin1String ReadFor("Calender");
 
 // In seconds. An event of exactly 24 hours is not one of several days: calendars look for those elsewhere.
 constexpr qint64 LongestSingleDay = 86400;

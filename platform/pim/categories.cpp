@@ -183,9 +183,8 @@ bool Categories::save(const QString &file)
         return false;
     }
     const bool isThere = QFileInfo::exists(file);
-    const bool isOurs = !isThere || (isKnown && *present == d->saved);
     const CategoryGroups wanted =
-        isOurs ? d->groups : merged(d->groups, isKnown ? d->saved : CategoryGroups(), *present);
+        isThere ? merged(d->groups, isKnown ? d->saved : CategoryGroups(), *present) : d->groups;
     if ((!isThere || wanted != *present) && !writeFile(file, wanted))
         return false;
     d->groups = d->saved = wanted;

@@ -36,8 +36,8 @@ class CategoriesPrivate;
  *         </application>
  *     </categories>
  *
- * Anything else in its place is damage, other elements and a document type included, and a damaged file is
- * never overwritten.
+ * Anything else in its place is damage, other elements and attributes and a document type included, and a
+ * damaged file is never overwritten.
  */
 class KY_EXPORT Categories
 {

@@ -27,7 +27,7 @@ public:
 
     [[nodiscard]] std::optional<CategoryGroups> read()
     {
-        if (!next() || m_xml.name() != QLatin1String(FileElement) ||
+        if (!next() || !isElement(FileElement, 1) ||
             attribute(VersionAttribute) != QLatin1String(FormatVersion))
             return std::nullopt;
         while (next())
@@ -63,11 +63,11 @@ private:
     void readGroup()
     {
         QString application;
-        if (m_xml.name() == QLatin1String(ApplicationElement)) {
+        if (isElement(ApplicationElement, 1)) {
             application = attribute(NameAttribute);
             if (!Categories::isValidName(application))
                 damaged();
-        } else if (m_xml.name() != QLatin1String(GlobalElement)) {
+        } else if (!isElement(GlobalElement, 0)) {
             damaged();
         }
         while (next())
@@ -79,13 +79,18 @@ private:
         const QString name = attribute(NameAttribute);
         const int id = attribute(IdAttribute).toInt();
         const bool isNew = !group.contains(name) && !m_ids.contains(id);
-        if (m_xml.name() != QLatin1String(CategoryElement) || id < 1 || !Categories::isValidName(name) ||
-            !isNew)
+        if (!isElement(CategoryElement, 2) || id < 1 || !Categories::isValidName(name) || !isNew)
             damaged();
         group.insert(name, id);
         m_ids.insert(id);
         if (next())
             damaged();
+    }
+
+    /** True for an element of this name with this number of attributes. */
+    [[nodiscard]] bool isElement(const char *name, qsizetype attributes) const
+    {
+        return m_xml.name() == QLatin1String(name) && m_xml.attributes().size() == attributes;
     }
 
     [[nodiscard]] QString attribute(const char *name) const

@@ -2,6 +2,7 @@
 
 #include "childprocess.h"
 #include "logcapture.h"
+#include <limits>
 #include <QTemporaryDir>
 #include <QTest>
 #include <sys/stat.h>
@@ -101,7 +102,9 @@ private slots:
     // two writers
     void additionsOfBothSurvive();
     void additionOfTheSameNameHasTheSameId();
+    void sameNameOfTwoApplicationsKeepsBothIds();
     void additionMeetsATakenId();
+    void greatestIdIsFollowedByTheFirst();
     void removalOfOneAndAdditionOfTheOther();
     void renamingOfOneAndAdditionOfTheOther();
     void renamingToANameThatTheOtherHasAdded();
@@ -422,6 +425,7 @@ void CategoriesTest::damagedFile_data()
     row("other root", "<settings version=\"1\"/>");
     row("no version", "<categories/>");
     row("later version", "<categories version=\"2\"/>");
+    row("unknown attribute", "<categories version=\"1\" color=\"red\"/>");
     row("something behind", "<categories version=\"1\"/><categories version=\"1\"/>");
     row("text behind", "<categories version=\"1\"/>text");
     row("document type", "<!DOCTYPE categories><categories version=\"1\"/>");
@@ -430,6 +434,9 @@ void CategoriesTest::damagedFile_data()
     file("text in place of a group", "Business");
     file("application without a name", "<application><category id=\"1\" name=\"A\"/></application>");
     file("application with an empty name", "<application name=\"\"/>");
+    file("unknown attribute of an application", "<application name=\"X\" color=\"red\"/>");
+    file("unknown attribute of the global group", "<global name=\"X\"/>");
+    file("unknown attribute of a category", "<global><category id=\"1\" name=\"A\" color=\"red\"/></global>");
     file("unknown element in a group", "<global><label id=\"1\" name=\"A\"/></global>");
     file("something in a category",
          "<global><category id=\"1\" name=\"A\"><category id=\"2\" name=\"B\"/></category>"
@@ -628,6 +635,22 @@ void CategoriesTest::additionOfTheSameNameHasTheSameId()
     QCOMPARE(loaded(path()).labels(AddressBook), QStringList{"Business"});
 }
 
+void CategoriesTest::sameNameOfTwoApplicationsKeepsBothIds()
+{
+    Categories first;
+    Categories second;
+    Categories third;
+    QVERIFY(first.load(path()) && second.load(path()) && third.load(path()));
+    const int own = first.addCategory(AddressBook, "Business");
+    const int other = second.addCategory(TodoList, "Business");
+    const int global = third.addGlobalCategory("Business");
+    QVERIFY(first.save(path()) && second.save(path()) && third.save(path()));
+    // Records may carry an id before it is in the file.
+    QCOMPARE(loaded(path()).label(AddressBook, own), "Business");
+    QCOMPARE(loaded(path()).label(TodoList, other), "Business");
+    QCOMPARE(loaded(path()).id("any", "Business"), global);
+}
+
 void CategoriesTest::additionMeetsATakenId()
 {
     Categories first;
@@ -638,6 +661,18 @@ void CategoriesTest::additionMeetsATakenId()
     QVERIFY(first.save(path()) && second.save(path()));
     QCOMPARE(loaded(path()).ids(AddressBook, {"A", "B"}), (QList<int>{5, 6}));
     QVERIFY(loaded(path()) == second);
+}
+
+void CategoriesTest::greatestIdIsFollowedByTheFirst()
+{
+    constexpr int Greatest = std::numeric_limits<int>::max();
+    Categories first;
+    Categories second;
+    QVERIFY(first.load(path()) && second.load(path()));
+    QVERIFY(first.addCategory(AddressBook, "A", Greatest));
+    QVERIFY(second.addCategory(AddressBook, "B", Greatest));
+    QVERIFY(first.save(path()) && second.save(path()));
+    QCOMPARE(loaded(path()).ids(AddressBook, {"A", "B"}), (QList<int>{Greatest, 1}));
 }
 
 void CategoriesTest::removalOfOneAndAdditionOfTheOther()

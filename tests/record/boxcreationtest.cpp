@@ -1,12 +1,16 @@
 #include "boxcreation.h"
 #include "boxfixture.h"
+#include "folderlock_p.h"
 #include "kypdatamanager.h"
 #include "kypdatamanagerindexinfo.h"
 #include "kypdatamanageriteminfo.h"
 #include "kypdatamanagersortkey.h"
 #include "logcapture.h"
 #include "storefaults.h"
+#include <atomic>
 #include <QTest>
+#include <QThread>
+#include <thread>
 
 namespace {
 
@@ -91,6 +95,7 @@ private slots:
     void resultIsAlwaysTrue();
     void unfilledIndexIsMadeAnew_data();
     void unfilledIndexIsMadeAnew();
+    void anotherCreationIsWaitedFor();
 
 private:
     [[nodiscard]] QByteArray path(const char *ending) const { return "F0:" + m_name + ending; }
@@ -765,6 +770,23 @@ void BoxCreationTest::unfilledIndexIsMadeAnew()
                             noCheck, path(".IDX")),
              0);
     QCOMPARE(cardsOf(path("1.IDX")), subset ? (QList<int>{2, 1}) : (QList<int>{1, 2, 3}));
+}
+
+void BoxCreationTest::anotherCreationIsWaitedFor()
+{
+    auto lock = std::make_unique<FolderLock>(boxFolder());
+    std::atomic<bool> isFinished = false;
+    std::thread other([&] {
+        QThread::msleep(200);
+        isFinished = true;
+        lock.reset();
+    });
+    const bool isCreated = create();
+    const bool hasWaited = isFinished;
+    other.join();
+    QVERIFY(isCreated && hasWaited);
+    QVERIFY(exists(".BOX"));
+    const FolderLock afterwards(boxFolder()); // it is free again
 }
 
 QTEST_GUILESS_MAIN(BoxCreationTest)

@@ -42,6 +42,14 @@ QList<int> addAll(const QStringList &names)
     return table.ids(names);
 }
 
+/** The id of a global category that is added to the file, 0 when that fails. */
+int fileCategoryId(const QString &name)
+{
+    Categories file = categoryFile();
+    const int id = file.addGlobalCategory(name);
+    return file.save(categoryFileName()) ? id : 0;
+}
+
 /** NAME COUNT: brings categories NAME0, NAME1, ... of the table into the file and back. */
 int childMain(int argc, char **argv)
 {
@@ -85,6 +93,8 @@ private slots:
     void fromTheFileLeavesOutUnknownIds();
     void emptyListTouchesNoFile();
     void fullTableLeavesTheRestOut();
+    void fullTableThereAndBack();
+    void tableThatIsHeldForGoodGivesNothing();
     void thereAndBack_data();
     void thereAndBack();
 
@@ -269,6 +279,42 @@ void CategoryConversionTest::fullTableLeavesTheRestOut()
     const int known = file.addGlobalCategory("17");
     QVERIFY(file.save(categoryFileName()));
     QCOMPARE(convCategoriesXmlToPdtm({first, second, known}, AddressBook), (QList<int>{245, 17}));
+}
+
+void CategoryConversionTest::fullTableThereAndBack()
+{
+    QVERIFY(fillTable(1, 245));
+    QList<int> ids;
+    for (int id = 245; id >= 1; --id)
+        ids.append(id);
+    const QList<int> there = convCategoriesPdtmToXml(QList<int>{0, 246, 253, 255} + ids, AddressBook);
+    QCOMPARE(there.size(), 245);
+    QCOMPARE(categoryFile().labels(AddressBook).size(), 245);
+    QCOMPARE(convCategoriesXmlToPdtm(there, AddressBook), ids);
+    const int added = fileCategoryId("one more");
+    QVERIFY(added);
+    QCOMPARE(convCategoriesXmlToPdtm({added, there[0]}, AddressBook), QList<int>{245});
+}
+
+void CategoryConversionTest::tableThatIsHeldForGoodGivesNothing()
+{
+    const QList<int> ids = addAll({"a", "b"});
+    const QList<int> there = convCategoriesPdtmToXml(ids, AddressBook);
+    const int added = fileCategoryId("c");
+    const QByteArray before = fileContents();
+    const uint32_t handle = _BoxOpenRwMode(TableBox, 0);
+    QVERIFY(handle);
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(convCategoriesPdtmToXml(QList<int>(20, ids[0]), AddressBook), QList<int>());
+    QCOMPARE(convCategoriesXmlToPdtm(QList<int>(20, there[0]) + QList<int>{added}, AddressBook),
+             QList<int>());
+    QVERIFY(clock.elapsed() < 30000); // and not a second for each name and id
+    QCOMPARE(fileContents(), before);
+    QCOMPARE(_BoxCloseEx(handle, 1), PdtmStatus(PdtmOk));
+    QCOMPARE(tableContents().size(), 2);
+    QCOMPARE(convCategoriesPdtmToXml(ids, AddressBook), there);
+    QCOMPARE(convCategoriesXmlToPdtm({added}, AddressBook), QList<int>{3});
 }
 
 void CategoryConversionTest::thereAndBack_data()

@@ -86,6 +86,8 @@ private slots:
     void noRepeatLeavesTheFieldsAlone();
     void noRepeatEndIsFarAway();
     void repeatEndIsALocalDate();
+    void repeatEndsUnlessItsFlagIsZero_data();
+    void repeatEndsUnlessItsFlagIsZero();
     void repeatTypes_data();
     void repeatTypes();
     void otherRepeatTypesAreRefused_data();
@@ -390,6 +392,25 @@ void EventMappingTest::repeatEndIsALocalDate()
     }
 }
 
+void EventMappingTest::repeatEndsUnlessItsFlagIsZero_data()
+{
+    QTest::addColumn<QByteArray>("stored");
+    QTest::addColumn<bool>("hasEnd");
+    QTest::newRow("0") << QByteArray(1, '\0') << false;
+    QTest::newRow("1") << QByteArray("\x01") << true;
+    QTest::newRow("255") << QByteArray("\xFF") << true;
+    QTest::newRow("missing") << QByteArray() << true;
+}
+
+void EventMappingTest::repeatEndsUnlessItsFlagIsZero()
+{
+    QFETCH(QByteArray, stored);
+    QFETCH(bool, hasEnd);
+    const unsigned long card = add(fullEvent());
+    QVERIFY(storeBytes(*db, card, "REND", stored));
+    QCOMPARE(read(card).repeatPattern().endDate(), hasEnd ? QDate(2027, 1, 31) : QDate());
+}
+
 void EventMappingTest::repeatTypes_data()
 {
     QTest::addColumn<int>("type");
@@ -545,11 +566,11 @@ void EventMappingTest::roundTripInTheFile()
 
 void EventMappingTest::categoriesAreSpeltInTwoWays()
 {
-    const int written = fileCategory("Calender", "party");
-    const int read = fileCategory("Calendar", "party");
+    const int written = fileCategory("Calendar", "party");
+    const int read = fileCategory("Calender", "party");
     QVERIFY(written && read && written != read);
     Event event = timedEvent();
-    event.setCategories({written, fileCategory("Calendar", "only for reading")});
+    event.setCategories({written, fileCategory("Calender", "only for reading")});
     unsigned long card = 0;
     QVERIFY(KyPDataBase::addDatebookEntry(db.get(), &card, event, KyPDataBase::CategoriesXml));
     QCOMPARE(categoryNames(*db, card), QStringList{"party"});

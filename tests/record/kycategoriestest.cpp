@@ -8,6 +8,7 @@
 #include "qcopenvelope.h"
 #include "qpeapplication.h"
 #include "tablefixture.h"
+#include "writewatch.h"
 #include <algorithm>
 #include <QTranslator>
 
@@ -136,6 +137,7 @@ private slots:
     void fileNames();
     void card();
     void cardOfASystemCategory();
+    void itemsAreWrittenInOrder();
 
     // adding
     void idsRiseFromOne();
@@ -194,6 +196,7 @@ private slots:
 void KyCategoriesTest::init()
 {
     QVERIFY(makeTable());
+    WriteWatch::reset();
     opens = 0;
 }
 
@@ -255,6 +258,21 @@ void KyCategoriesTest::cardOfASystemCategory()
     QCOMPARE(categories.addSystemCategory("System"), 1);
     const KyPDataManager table(TableBox, nullptr, true);
     QCOMPARE(storedBytes(table, table.firstCard(), "TYPE"), QByteArray("\x80"));
+}
+
+void KyCategoriesTest::itemsAreWrittenInOrder()
+{
+    KyCategories categories(nullptr);
+    const QByteArrayList order{"TITL", "SCTG", "COLR", "TYPE"};
+    for (int failing = 0; failing < order.size(); ++failing) {
+        WriteWatch::reset();
+        WriteWatch::fail(order[failing]);
+        QCOMPARE(categories.addCategory("new"), 0);
+        QCOMPARE(WriteWatch::codes(), QByteArrayList{"ATTR"} + order.first(failing + 1));
+    }
+    WriteWatch::reset();
+    QCOMPARE(categories.addCategory("new"), 1);
+    QCOMPARE(WriteWatch::codes().mid(1, order.size()), order);
 }
 
 void KyCategoriesTest::idsRiseFromOne()
@@ -786,8 +804,16 @@ void KyCategoriesTest::tableThatIsHeldForGoodGivesUnknown()
     QCOMPARE(categories.id("2"), 0);
     QVERIFY(clock.elapsed() < 10000);
     QCOMPARE(categories.addCategory("new"), 0);
+    clock.restart();
+    for (int id = 1; id <= 30; ++id)
+        QVERIFY(categories.label(id).isNull());
+    QVERIFY(clock.elapsed() < 15000); // one wait is enough
     QCOMPARE(_BoxCloseEx(handle, 1), PdtmStatus(PdtmOk));
     QCOMPARE(categories.id("2"), 2);
+    ChildProcess holder({"table"});
+    QCOMPARE(holder.readLine(), "held");
+    QCOMPARE(categories.id("2"), 2); // and it waits again
+    QCOMPARE(holder.finish(), 0);
 }
 
 void KyCategoriesTest::manyApplicationsAtOnce()
