@@ -7,6 +7,7 @@
 
 class CategoryChecklist;
 class CategoryTable;
+class QPlainTextEdit;
 class QVBoxLayout;
 
 /** The texts of a form that depend on what it is for. */
@@ -45,6 +46,9 @@ protected:
     /** The categories to tick, for the form to place. */
     [[nodiscard]] CategoryChecklist *categories() const { return m_categories; }
 
+    /** An editor of many lines, which the tabulator leaves. */
+    [[nodiscard]] static QPlainTextEdit *makeTextEditor();
+
     /** Puts values into the editors, those of a new card for an empty map, and begins at the first one. */
     virtual void show(const CardValues &values) = 0;
     /** What the editors hold now, for every field that has one. */
@@ -57,6 +61,7 @@ protected:
 private:
     [[nodiscard]] CardValues changedValues() const;
     [[nodiscard]] bool isGone() const;
+    [[nodiscard]] bool isFiledAnew() const;
     unsigned long write(CardValues changed);
 
     Book *m_book;
@@ -66,7 +71,6 @@ private:
     CategoryChecklist *m_categories;
     unsigned long m_card = 0;
     CardValues m_original;
-    QList<int> m_originalCategories;
     CardValues m_shownAtFirst;
     QList<int> m_categoriesAtFirst;
 };

@@ -100,7 +100,7 @@ void ContactForm::addTab(int tab)
             continue;
         QWidget *editor = nullptr;
         if (entry.field == AddressField::Notes)
-            editor = m_notes = new QPlainTextEdit;
+            editor = m_notes = makeTextEditor();
         else
             editor = m_lines[entry.field] = new QLineEdit;
         form->addRow(tr(entry.label), editor);
