@@ -12,14 +12,14 @@
 
 CardForm::CardForm(Book *book, CategoryTable *table, FormWords words, QWidget *parent)
     : QWidget(parent), m_book(book), m_table(table), m_words(std::move(words)), m_body(new QVBoxLayout),
-      m_categories(new CategoryChecklist(table, this))
+      m_categories(new CategoryChecklist(table, this)),
+      m_buttons(new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel))
 {
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
-    connect(buttons, &QDialogButtonBox::accepted, this, &CardForm::save);
-    connect(buttons, &QDialogButtonBox::rejected, this, &CardForm::cancel);
+    connect(m_buttons, &QDialogButtonBox::accepted, this, &CardForm::save);
+    connect(m_buttons, &QDialogButtonBox::rejected, this, &CardForm::cancel);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(m_body, 1);
-    layout->addWidget(buttons);
+    layout->addWidget(m_buttons);
 
     auto addShortcut = [this](const QKeySequence &keys, void (CardForm::*slot)()) {
         auto *shortcut = new QShortcut(keys, this);
@@ -35,6 +35,13 @@ QPlainTextEdit *CardForm::makeTextEditor()
     auto *editor = new QPlainTextEdit;
     editor->setTabChangesFocus(true); // else the keyboard alone never gets behind it
     return editor;
+}
+
+void CardForm::endWith(QWidget *lastEditor)
+{
+    setTabOrder(lastEditor, m_categories);
+    setTabOrder(m_categories, m_buttons->button(QDialogButtonBox::Save));
+    setTabOrder(m_buttons->button(QDialogButtonBox::Save), m_buttons->button(QDialogButtonBox::Cancel));
 }
 
 void CardForm::edit(unsigned long card, int category)

@@ -7,6 +7,7 @@
 
 class CategoryChecklist;
 class CategoryTable;
+class QDialogButtonBox;
 class QPlainTextEdit;
 class QVBoxLayout;
 
@@ -49,6 +50,9 @@ protected:
     /** An editor of many lines, which the tabulator leaves. */
     [[nodiscard]] static QPlainTextEdit *makeTextEditor();
 
+    /** Leads the tabulator on from the last editor to the categories and the buttons. */
+    void endWith(QWidget *lastEditor);
+
     /** Puts values into the editors, those of a new card for an empty map, and begins at the first one. */
     virtual void show(const CardValues &values) = 0;
     /** What the editors hold now, for every field that has one. */
@@ -69,6 +73,7 @@ private:
     FormWords m_words;
     QVBoxLayout *m_body;
     CategoryChecklist *m_categories;
+    QDialogButtonBox *m_buttons;
     unsigned long m_card = 0;
     CardValues m_original;
     CardValues m_shownAtFirst;

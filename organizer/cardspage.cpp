@@ -13,6 +13,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QMenu>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -39,7 +40,7 @@ void CardsPage::begin(const QList<CardColumn> &columns, int nameColumn, CardForm
     m_stack->addWidget(m_form);
 
     connect(m_book, &Book::availableChanged, this, &CardsPage::updateState);
-    connect(m_model, &QAbstractItemModel::modelReset, this, [this] { showCard(m_card); });
+    connect(m_model, &QAbstractItemModel::modelReset, this, &CardsPage::showAnew);
     connect(m_table, &CategoryTable::changed, this, &CardsPage::categoriesChanged);
     connect(m_form, &CardForm::saved, this, [this](unsigned long card) {
         closeForm();
@@ -181,6 +182,20 @@ void CardsPage::selectRow(int row)
 {
     m_list->setCurrentIndex(m_model->index(row, m_nameColumn));
     m_list->scrollTo(m_list->currentIndex(), QAbstractItemView::PositionAtCenter);
+}
+
+void CardsPage::focusList()
+{
+    m_list->setFocus();
+}
+
+/* The list was made anew. It stays in its place, so that a second click hits the same row. */
+void CardsPage::showAnew()
+{
+    const int place = m_list->verticalScrollBar()->value();
+    showCard(m_card);
+    m_list->verticalScrollBar()->setValue(place);
+    m_list->scrollTo(m_list->currentIndex());
 }
 
 /* Shows the card where it stands now, else the first one. */

@@ -88,6 +88,7 @@ ContactForm::ContactForm(Book *book, CategoryTable *table, QWidget *parent)
     m_tabs->addTab(categories(), tr("Categories"));
     m_tabs->setUsesScrollButtons(true);
     body()->addWidget(m_tabs);
+    endWith(m_notes);
 }
 
 void ContactForm::addTab(int tab)

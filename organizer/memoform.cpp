@@ -35,6 +35,7 @@ MemoForm::MemoForm(Book *book, CategoryTable *table, QWidget *parent)
     form->addRow(tr("Contents"), m_contents);
     form->addRow(tr("Categories"), categories());
     body()->addLayout(form);
+    endWith(m_contents);
 }
 
 void MemoForm::show(const CardValues &values)

@@ -53,6 +53,7 @@ TaskForm::TaskForm(Book *book, CategoryTable *table, QWidget *parent)
     form->addRow(tr("Notes"), m_notes);
     form->addRow(tr("Categories"), categories());
     body()->addLayout(form);
+    endWith(m_notes);
 }
 
 QString TaskForm::priorityText(int priority)
