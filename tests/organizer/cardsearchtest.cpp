@@ -5,6 +5,7 @@
 
 #include "messagerobot.h"
 #include "pagefixture.h"
+#include "pdtm.h"
 
 #include <QComboBox>
 #include <QSignalSpy>
@@ -39,6 +40,7 @@ private:
     unsigned long add(const CardValues &values, const QList<int> &categories = {});
     QStringList found(const QString &text);
     void lendBox();
+    uint32_t m_holder = 0;
     [[nodiscard]] QLineEdit *line() const { return m_page->findChild<QLineEdit *>("search"); }
 
     std::unique_ptr<CategoryTable> m_table;
@@ -244,11 +246,13 @@ void CardSearchTest::selectedCardStaysSelected()
     QCOMPARE(m_page->findChild<QTreeView *>()->currentIndex().row(), 2);
 }
 
-/* To an application that gives it back when it is asked for. */
+/* To an application that gives it back while it is asked for. */
 void CardSearchTest::lendBox()
 {
     tellAll("closeFile(QString,QString)");
     QTRY_VERIFY_WITH_TIMEOUT(!m_page->book()->isAvailable(), Patience);
+    m_holder = _BoxOpenRwMode("F0:KYADRS.BOX", 0);
+    QVERIFY(m_holder != 0);
 }
 
 /* Events are handled while the box is asked for. */
@@ -261,6 +265,7 @@ void CardSearchTest::textTypedWhileTheBoxIsAskedForHolds()
     QTimer::singleShot(0, this, [&] {
         m_page->search("Bob");
         wasInside = true;
+        _BoxClose(m_holder);
     });
     m_page->search("Ann");
     QTRY_VERIFY_WITH_TIMEOUT(wasInside && m_page->book()->isAvailable(), Patience);
@@ -279,6 +284,7 @@ void CardSearchTest::categoryChosenWhileTheBoxIsAskedForHolds()
     QTimer::singleShot(0, this, [&] {
         m_page->showCategory(work);
         wasInside = true;
+        _BoxClose(m_holder);
     });
     m_page->showCategory(club);
     QTRY_VERIFY_WITH_TIMEOUT(wasInside && m_page->book()->isAvailable(), Patience);

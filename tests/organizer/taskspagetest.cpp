@@ -296,6 +296,7 @@ void TasksPageTest::tickLeavesTheListInItsPlace()
     const QPoint spot = list->visualRect(bottom.siblingAtColumn(Description)).center();
     const int row = bottom.row() - 1; // the last one may be cut
     QVERIFY(row > 50);
+    list->setFocus();
     list->setCurrentIndex(list->model()->index(row, Description));
     const int place = list->verticalScrollBar()->value();
     QTest::keyClick(list, Qt::Key_Space);
