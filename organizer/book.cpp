@@ -160,7 +160,9 @@ void Book::changeView(bool (Book::*apply)())
         return;
     if (!(this->*apply)()) {
         open();
-        if (isAvailable() && !applyView())
+        if (!isAvailable())
+            return; // lent in between: the last picture stays
+        if (!applyView())
             qWarning("Book: the view of %s can't be shown", m_kind.file.constData());
     }
     emit cardsChanged();

@@ -2,22 +2,24 @@
 
 #include "categorychecklist.h"
 #include "categorytable.h"
+#include "messages.h"
 
 #include <QDialogButtonBox>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QShortcut>
 #include <QVBoxLayout>
 
 CardForm::CardForm(Book *book, CategoryTable *table, FormWords words, QWidget *parent)
     : QWidget(parent), m_book(book), m_table(table), m_words(std::move(words)), m_body(new QVBoxLayout),
-      m_categories(new CategoryChecklist(table, this))
+      m_categories(new CategoryChecklist(table, this)),
+      m_buttons(new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel))
 {
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
-    connect(buttons, &QDialogButtonBox::accepted, this, &CardForm::save);
-    connect(buttons, &QDialogButtonBox::rejected, this, &CardForm::cancel);
+    connect(m_buttons, &QDialogButtonBox::accepted, this, &CardForm::save);
+    connect(m_buttons, &QDialogButtonBox::rejected, this, &CardForm::cancel);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(m_body, 1);
-    layout->addWidget(buttons);
+    layout->addWidget(m_buttons);
 
     auto addShortcut = [this](const QKeySequence &keys, void (CardForm::*slot)()) {
         auto *shortcut = new QShortcut(keys, this);
@@ -28,28 +30,50 @@ CardForm::CardForm(Book *book, CategoryTable *table, FormWords words, QWidget *p
     addShortcut(Qt::Key_Escape, &CardForm::cancel);
 }
 
+QPlainTextEdit *CardForm::makeTextEditor()
+{
+    auto *editor = new QPlainTextEdit;
+    editor->setTabChangesFocus(true); // else the keyboard alone never gets behind it
+    return editor;
+}
+
+void CardForm::endWith(QWidget *lastEditor)
+{
+    setTabOrder(lastEditor, m_categories);
+    setTabOrder(m_categories, m_buttons->button(QDialogButtonBox::Save));
+    setTabOrder(m_buttons->button(QDialogButtonBox::Save), m_buttons->button(QDialogButtonBox::Cancel));
+}
+
 void CardForm::edit(unsigned long card, int category)
 {
     m_card = card;
     m_original = card == 0 ? CardValues() : m_book->values(card);
-    m_originalCategories = card == 0 ? QList<int>() : m_book->categories(card);
-    m_categories->setChecked(card == 0 ? QList<int>{category} : m_originalCategories);
+    m_categories->setChecked(card == 0 ? QList<int>{category} : m_book->categories(card));
     show(m_original);
     m_shownAtFirst = shown();
     m_categoriesAtFirst = m_categories->checked();
 }
 
-bool CardForm::isModified() const
+/* A category that was removed meanwhile isn't a change of the user's. */
+bool CardForm::isFiledAnew() const
 {
-    return shown() != m_shownAtFirst || m_categories->checked() != m_categoriesAtFirst;
+    return m_categories->checked() != m_table->known(m_categoriesAtFirst);
 }
 
+bool CardForm::isModified() const
+{
+    return shown() != m_shownAtFirst || isFiledAnew();
+}
+
+/* An editor may not show a value as it is, such as the end of a very long text: what the user hasn't touched
+ * stays what it was. */
 CardValues CardForm::changedValues() const
 {
+    const CardValues before = m_card == 0 ? CardValues() : m_shownAtFirst;
     const CardValues now = shown();
     CardValues changed;
     for (auto it = now.cbegin(); it != now.cend(); ++it) {
-        if (it->toString() != m_original.value(it.key()).toString())
+        if (it->toString() != before.value(it.key()).toString())
             changed.insert(it.key(), it.value());
     }
     return changed;
@@ -65,8 +89,8 @@ unsigned long CardForm::write(CardValues changed)
 {
     const QList<int> categories = m_categories->checked();
     if (!isGone()) {
-        const bool isFiledAnew = m_card == 0 || categories != m_categoriesAtFirst;
-        return m_book->save(m_card, changed, isFiledAnew ? std::optional(categories) : std::nullopt);
+        const bool isFiling = m_card == 0 || isFiledAnew();
+        return m_book->save(m_card, changed, isFiling ? std::optional(categories) : std::nullopt);
     }
     // What the user has before them is kept.
     for (auto it = m_original.cbegin(); it != m_original.cend(); ++it) {
@@ -84,12 +108,12 @@ void CardForm::save()
     }
     CardValues changed = changedValues();
     if (!complete(changed, m_original)) {
-        QMessageBox::information(this, m_words.title, m_words.nothing);
+        Messages::inform(this, m_words.title, m_words.nothing);
         return;
     }
     const unsigned long card = write(changed);
     if (card == 0) {
-        QMessageBox::warning(this, m_words.title, m_book->isAvailable() ? m_words.unsaved : m_words.isLent);
+        Messages::warn(this, m_words.title, m_book->isAvailable() ? m_words.unsaved : m_words.isLent);
         return;
     }
     emit saved(card);

@@ -7,6 +7,8 @@
 
 class CategoryChecklist;
 class CategoryTable;
+class QDialogButtonBox;
+class QPlainTextEdit;
 class QVBoxLayout;
 
 /** The texts of a form that depend on what it is for. */
@@ -45,6 +47,12 @@ protected:
     /** The categories to tick, for the form to place. */
     [[nodiscard]] CategoryChecklist *categories() const { return m_categories; }
 
+    /** An editor of many lines, which the tabulator leaves. */
+    [[nodiscard]] static QPlainTextEdit *makeTextEditor();
+
+    /** Leads the tabulator on from the last editor to the categories and the buttons. */
+    void endWith(QWidget *lastEditor);
+
     /** Puts values into the editors, those of a new card for an empty map, and begins at the first one. */
     virtual void show(const CardValues &values) = 0;
     /** What the editors hold now, for every field that has one. */
@@ -57,6 +65,7 @@ protected:
 private:
     [[nodiscard]] CardValues changedValues() const;
     [[nodiscard]] bool isGone() const;
+    [[nodiscard]] bool isFiledAnew() const;
     unsigned long write(CardValues changed);
 
     Book *m_book;
@@ -64,9 +73,9 @@ private:
     FormWords m_words;
     QVBoxLayout *m_body;
     CategoryChecklist *m_categories;
+    QDialogButtonBox *m_buttons;
     unsigned long m_card = 0;
     CardValues m_original;
-    QList<int> m_originalCategories;
     CardValues m_shownAtFirst;
     QList<int> m_categoriesAtFirst;
 };

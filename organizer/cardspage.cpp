@@ -4,6 +4,7 @@
 #include "cardlist.h"
 #include "categoriesdialog.h"
 #include "categorytable.h"
+#include "messages.h"
 #include "resource.h"
 #include "searchline.h"
 
@@ -12,7 +13,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QMenu>
-#include <QMessageBox>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -39,7 +40,7 @@ void CardsPage::begin(const QList<CardColumn> &columns, int nameColumn, CardForm
     m_stack->addWidget(m_form);
 
     connect(m_book, &Book::availableChanged, this, &CardsPage::updateState);
-    connect(m_model, &QAbstractItemModel::modelReset, this, [this] { showCard(m_card); });
+    connect(m_model, &QAbstractItemModel::modelReset, this, &CardsPage::showAnew);
     connect(m_table, &CategoryTable::changed, this, &CardsPage::categoriesChanged);
     connect(m_form, &CardForm::saved, this, [this](unsigned long card) {
         closeForm();
@@ -95,8 +96,8 @@ QWidget *CardsPage::makeChoosers()
     m_search = new SearchLine;
     m_search->setObjectName(QStringLiteral("search"));
     connect(m_search, &SearchLine::searched, this, [this](const QString &text) {
-        m_book->ask();
         m_book->setSearch(text);
+        m_book->ask();
     });
     auto *find = new QShortcut(QKeySequence::Find, this);
     find->setContext(Qt::WidgetWithChildrenShortcut);
@@ -160,9 +161,9 @@ void CardsPage::categoriesChanged()
 
 void CardsPage::showCategory(int category)
 {
-    m_book->ask();
-    m_book->setCategory(category);
     m_chooser->setCurrentIndex(m_chooser->findData(category));
+    m_book->setCategory(category);
+    m_book->ask();
 }
 
 void CardsPage::search(const QString &text)
@@ -181,6 +182,20 @@ void CardsPage::selectRow(int row)
 {
     m_list->setCurrentIndex(m_model->index(row, m_nameColumn));
     m_list->scrollTo(m_list->currentIndex(), QAbstractItemView::PositionAtCenter);
+}
+
+void CardsPage::focusList()
+{
+    m_list->setFocus();
+}
+
+/* The list was made anew. It stays in its place, so that a second click hits the same row. */
+void CardsPage::showAnew()
+{
+    const int place = m_list->verticalScrollBar()->value();
+    showCard(m_card);
+    m_list->verticalScrollBar()->setValue(place);
+    m_list->scrollTo(m_list->currentIndex());
 }
 
 /* Shows the card where it stands now, else the first one. */
@@ -237,7 +252,7 @@ void CardsPage::updateState()
     m_deleteShown->setEnabled(available && m_book->count() > 0);
     m_undo->setEnabled(!m_deleted.isEmpty());
     m_state->setText(stateText());
-    m_list->setPlaceholder(m_book->view().isWhole() ? m_words.none : m_state->text());
+    m_list->setPlaceholder(available && m_book->view().isWhole() ? m_words.none : m_state->text());
 }
 
 QString CardsPage::summary() const
@@ -294,13 +309,14 @@ void CardsPage::deleteCard()
     if (!m_book->ask() || m_card == 0)
         return;
     const unsigned long card = m_card;
-    const Card contents = m_book->card(card);
-    if (QMessageBox::question(this, m_words.title, tr("Delete %1?").arg(detailsOf(card).heading),
-                              QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes)
+    const QString name = Messages::shortened(detailsOf(card).heading);
+    if (!Messages::confirm(this, m_words.title, tr("Delete %1?").arg(name)))
         return;
+    // Read now: another application may have changed it while the question was open.
+    const Card contents = m_book->ask() ? m_book->card(card) : Card();
     const std::optional<unsigned long> neighbour = m_book->remove(card);
     if (!neighbour) {
-        QMessageBox::warning(this, m_words.title, tr("This could not be deleted."));
+        Messages::warn(this, m_words.title, tr("This could not be deleted."));
         return;
     }
     m_deleted = {contents};
@@ -320,12 +336,10 @@ void CardsPage::deleteShown()
     if (!m_book->ask() || m_book->count() == 0)
         return;
     const QList<unsigned long> counted = m_book->shownCards();
-    if (QMessageBox::question(this, m_words.title, deleteQuestion(), QMessageBox::Yes | QMessageBox::No,
-                              QMessageBox::No) != QMessageBox::Yes)
+    if (!Messages::confirm(this, m_words.title, deleteQuestion()))
         return;
     if (!m_book->ask() || m_book->shownCards() != counted) {
-        QMessageBox::information(this, m_words.title,
-                                 tr("The list has changed meanwhile. Nothing was deleted."));
+        Messages::inform(this, m_words.title, tr("The list has changed meanwhile. Nothing was deleted."));
         return;
     }
     removeShown(counted);
@@ -340,7 +354,7 @@ void CardsPage::removeShown(const QList<unsigned long> &ids)
     const bool removed = m_book->removeShown();
     QApplication::restoreOverrideCursor();
     if (!removed) {
-        QMessageBox::warning(this, m_words.title, tr("These could not be deleted."));
+        Messages::warn(this, m_words.title, tr("These could not be deleted."));
         return;
     }
     m_deleted = cards;
@@ -356,7 +370,7 @@ void CardsPage::undoDelete()
         card.categories = m_table->known(card.categories);
     const unsigned long first = m_book->addAll(cards);
     if (first == 0) {
-        QMessageBox::warning(this, m_words.title, tr("What was deleted could not be brought back."));
+        Messages::warn(this, m_words.title, tr("What was deleted could not be brought back."));
         return;
     }
     m_deleted.clear();

@@ -47,6 +47,8 @@ public:
     [[nodiscard]] bool isEditing() const;
     /** Selects a row of the list and shows it. */
     void selectRow(int row);
+    /** Gives the keys to the list. */
+    void focusList();
     /** Shows a category, 0 for all cards. */
     void showCategory(int category);
     /** Searches as if the text had been typed, without the pause. */
@@ -89,6 +91,7 @@ private:
     void showSelected();
     void updateState();
     void showCard(unsigned long card);
+    void showAnew();
     void closeForm();
     void removeShown(const QList<unsigned long> &ids);
     [[nodiscard]] unsigned long selectedCard() const;

@@ -1,6 +1,7 @@
 #include "categoriesdialog.h"
 
 #include "categorytable.h"
+#include "messages.h"
 #include "resource.h"
 
 #include <QDialogButtonBox>
@@ -8,7 +9,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMessageBox>
 #include <QPushButton>
 
 CategoriesDialog::CategoriesDialog(CategoryTable *table, QWidget *parent)
@@ -81,7 +81,7 @@ void CategoriesDialog::tell(const QString &objection)
     if (objection.isEmpty())
         m_name->clear();
     else
-        QMessageBox::warning(this, tr("Categories"), objection);
+        Messages::warn(this, tr("Categories"), objection);
 }
 
 void CategoriesDialog::add()
@@ -99,8 +99,7 @@ void CategoriesDialog::remove()
     const QString name = selected();
     const QString question =
         tr("Remove the category \"%1\"? What is filed under it stays, but is filed under it no more.")
-            .arg(name);
-    if (QMessageBox::question(this, tr("Categories"), question, QMessageBox::Yes | QMessageBox::No,
-                              QMessageBox::No) == QMessageBox::Yes)
+            .arg(Messages::shortened(name));
+    if (Messages::confirm(this, tr("Categories"), question))
         tell(m_table->remove(name));
 }

@@ -1,5 +1,6 @@
 #include "categorytable.h"
 
+#include "messages.h"
 #include "qcopchannel.h"
 #include "qcopenvelope.h"
 #include "qpeapplication.h"
@@ -90,7 +91,7 @@ QString CategoryTable::objectionTo(const QString &name) const
     if (name.isEmpty())
         return tr("A category needs a name.");
     if (m_table->exists(name))
-        return tr("There is a category \"%1\" already.").arg(name);
+        return tr("There is a category \"%1\" already.").arg(Messages::shortened(name));
     return {};
 }
 
@@ -115,11 +116,11 @@ QString CategoryTable::rename(const QString &oldName, const QString &newName)
     if (!objection.isEmpty())
         return objection;
     if (m_table->isSystemCategory(oldName))
-        return tr("\"%1\" belongs to the system and keeps its name.").arg(oldName);
+        return tr("\"%1\" belongs to the system and keeps its name.").arg(Messages::shortened(oldName));
     const bool renamed = m_table->renameCategory(oldName, newName);
     reload();
     if (!renamed)
-        return tr("The category \"%1\" could not be renamed.").arg(oldName);
+        return tr("The category \"%1\" could not be renamed.").arg(Messages::shortened(oldName));
     announce();
     return {};
 }
@@ -128,8 +129,9 @@ QString CategoryTable::rename(const QString &oldName, const QString &newName)
 QString CategoryTable::remove(const QString &name)
 {
     if (m_table->isSystemCategory(name))
-        return tr("\"%1\" belongs to the system and stays.").arg(name);
+        return tr("\"%1\" belongs to the system and stays.").arg(Messages::shortened(name));
     const bool removed = m_table->removeCategory(name);
     reload();
-    return removed ? QString() : tr("The category \"%1\" could not be removed.").arg(name);
+    return removed ? QString()
+                   : tr("The category \"%1\" could not be removed.").arg(Messages::shortened(name));
 }

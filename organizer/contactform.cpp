@@ -88,6 +88,7 @@ ContactForm::ContactForm(Book *book, CategoryTable *table, QWidget *parent)
     m_tabs->addTab(categories(), tr("Categories"));
     m_tabs->setUsesScrollButtons(true);
     body()->addWidget(m_tabs);
+    endWith(m_notes);
 }
 
 void ContactForm::addTab(int tab)
@@ -100,7 +101,7 @@ void ContactForm::addTab(int tab)
             continue;
         QWidget *editor = nullptr;
         if (entry.field == AddressField::Notes)
-            editor = m_notes = new QPlainTextEdit;
+            editor = m_notes = makeTextEditor();
         else
             editor = m_lines[entry.field] = new QLineEdit;
         form->addRow(tr(entry.label), editor);

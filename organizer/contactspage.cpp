@@ -3,11 +3,11 @@
 #include "addressfields.h"
 #include "contactform.h"
 #include "contactimport.h"
+#include "messages.h"
 #include "resource.h"
 
 #include <QFileDialog>
 #include <QMenu>
-#include <QMessageBox>
 
 namespace {
 
@@ -69,5 +69,5 @@ void ContactsPage::importFrom(const QString &path)
 {
     ContactImport import(book(), categories(), this);
     const QString report = import.run(path);
-    QMessageBox::information(this, tr("Import contacts"), report);
+    Messages::inform(this, tr("Import contacts"), report);
 }

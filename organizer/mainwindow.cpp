@@ -18,16 +18,18 @@ MainWindow::MainWindow()
     setWindowIcon(QIcon(Resource::loadPixmap(QStringLiteral("contacts"))));
     m_pages->setTabPosition(QTabWidget::South);
     m_pages->setDocumentMode(true);
+    setCentralWidget(m_pages);
     addPage(m_contacts, "contacts", tr("Contacts"));
     addPage(m_tasks, "tasks", tr("Tasks"));
     addPage(m_memos, "memos", tr("Memos"));
     connect(m_pages, &QTabWidget::currentChanged, this, &MainWindow::askForBox);
-    setCentralWidget(m_pages);
+    m_contacts->focusList();
 }
 
 void MainWindow::addPage(CardsPage *page, const char *icon, const QString &title)
 {
     const int index = m_pages->addTab(page, QIcon(Resource::loadPixmap(QLatin1String(icon))), title);
+    page->focusList(); // where the keys go when it comes to the front
     auto *shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + index)), this);
     connect(shortcut, &QShortcut::activated, this, [=, this] { showPage(page); });
 }

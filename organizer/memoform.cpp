@@ -26,7 +26,7 @@ MemoForm::MemoForm(Book *book, CategoryTable *table, QWidget *parent)
                 tr("The memo could not be saved. The storage may be full."),
                 tr("The memos are in use by another application. Try again in a moment.")},
                parent),
-      m_title(new QLineEdit), m_contents(new QPlainTextEdit)
+      m_title(new QLineEdit), m_contents(makeTextEditor())
 {
     m_title->setPlaceholderText(tr("The first line, if you leave this empty"));
     categories()->setMaximumHeight(categories()->fontMetrics().height() * 9);
@@ -35,6 +35,7 @@ MemoForm::MemoForm(Book *book, CategoryTable *table, QWidget *parent)
     form->addRow(tr("Contents"), m_contents);
     form->addRow(tr("Categories"), categories());
     body()->addLayout(form);
+    endWith(m_contents);
 }
 
 void MemoForm::show(const CardValues &values)

@@ -33,7 +33,7 @@ TaskForm::TaskForm(Book *book, CategoryTable *table, QWidget *parent)
                 tr("The tasks are in use by another application. Try again in a moment.")},
                parent),
       m_description(new QLineEdit), m_done(new QCheckBox(tr("Completed"))), m_priority(new QComboBox),
-      m_hasDue(new QCheckBox(tr("On"))), m_due(new QDateEdit), m_notes(new QPlainTextEdit)
+      m_hasDue(new QCheckBox(tr("On"))), m_due(new QDateEdit), m_notes(makeTextEditor())
 {
     for (int priority = TaskPriority::Highest; priority <= TaskPriority::Lowest; ++priority)
         m_priority->addItem(priorityText(priority), priority);
@@ -53,6 +53,7 @@ TaskForm::TaskForm(Book *book, CategoryTable *table, QWidget *parent)
     form->addRow(tr("Notes"), m_notes);
     form->addRow(tr("Categories"), categories());
     body()->addLayout(form);
+    endWith(m_notes);
 }
 
 QString TaskForm::priorityText(int priority)

@@ -1,9 +1,9 @@
 #include "taskspage.h"
 
 #include "cardlist.h"
+#include "messages.h"
 #include "taskform.h"
 
-#include <QMessageBox>
 #include <QShortcut>
 
 namespace {
@@ -69,7 +69,7 @@ CardDetails TasksPage::detailsOf(unsigned long card) const
 void TasksPage::setDone(unsigned long card, bool isDone)
 {
     if (book()->save(card, TaskForm::stateValues(isDone)) == 0)
-        QMessageBox::warning(this, tr("Tasks"), tr("The task could not be changed."));
+        Messages::warn(this, tr("Tasks"), tr("The task could not be changed."));
 }
 
 void TasksPage::turnCurrent()

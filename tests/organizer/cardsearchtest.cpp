@@ -5,7 +5,9 @@
 
 #include "messagerobot.h"
 #include "pagefixture.h"
+#include "pdtm.h"
 
+#include <QComboBox>
 #include <QSignalSpy>
 #include <QTextBrowser>
 
@@ -29,12 +31,16 @@ private slots:
     void longerTextIsNotTaken();
     void halfTypedSearchCountsBeforeADeletion();
     void selectedCardStaysSelected();
+    void textTypedWhileTheBoxIsAskedForHolds();
+    void categoryChosenWhileTheBoxIsAskedForHolds();
     void manySearchesLeaveNoIndexes();
     void bigBoxIsSearchedInTime();
 
 private:
     unsigned long add(const CardValues &values, const QList<int> &categories = {});
     QStringList found(const QString &text);
+    void lendBox();
+    uint32_t m_holder = 0;
     [[nodiscard]] QLineEdit *line() const { return m_page->findChild<QLineEdit *>("search"); }
 
     std::unique_ptr<CategoryTable> m_table;
@@ -238,6 +244,52 @@ void CardSearchTest::selectedCardStaysSelected()
     QCOMPARE(m_page->findChild<QTreeView *>()->currentIndex().row(), 1);
     found("");
     QCOMPARE(m_page->findChild<QTreeView *>()->currentIndex().row(), 2);
+}
+
+/* To an application that gives it back while it is asked for. */
+void CardSearchTest::lendBox()
+{
+    tellAll("closeFile(QString,QString)");
+    QTRY_VERIFY_WITH_TIMEOUT(!m_page->book()->isAvailable(), Patience);
+    m_holder = _BoxOpenRwMode("F0:KYADRS.BOX", 0);
+    QVERIFY(m_holder != 0);
+}
+
+/* Events are handled while the box is asked for. */
+void CardSearchTest::textTypedWhileTheBoxIsAskedForHolds()
+{
+    add({{AddressField::FullName, "Ann"}});
+    add({{AddressField::FullName, "Bob"}});
+    lendBox();
+    bool wasInside = false;
+    QTimer::singleShot(0, this, [&] {
+        m_page->search("Bob");
+        wasInside = true;
+        _BoxClose(m_holder);
+    });
+    m_page->search("Ann");
+    QTRY_VERIFY_WITH_TIMEOUT(wasInside && m_page->book()->isAvailable(), Patience);
+    QCOMPARE(m_page->book()->view().search, line()->text());
+    QTRY_COMPARE_WITH_TIMEOUT(texts(*m_page, 0), QStringList{"Bob"}, Patience);
+}
+
+void CardSearchTest::categoryChosenWhileTheBoxIsAskedForHolds()
+{
+    const int club = addCategory(*m_table, "Club");
+    const int work = addCategory(*m_table, "Work");
+    add({{AddressField::FullName, "Ann"}}, {club});
+    add({{AddressField::FullName, "Bob"}}, {work});
+    lendBox();
+    bool wasInside = false;
+    QTimer::singleShot(0, this, [&] {
+        m_page->showCategory(work);
+        wasInside = true;
+        _BoxClose(m_holder);
+    });
+    m_page->showCategory(club);
+    QTRY_VERIFY_WITH_TIMEOUT(wasInside && m_page->book()->isAvailable(), Patience);
+    QCOMPARE(m_page->findChild<QComboBox *>("category")->currentText(), QString("Work"));
+    QTRY_COMPARE_WITH_TIMEOUT(texts(*m_page, 0), QStringList{"Bob"}, Patience);
 }
 
 void CardSearchTest::manySearchesLeaveNoIndexes()

@@ -50,6 +50,7 @@ class MainWindowTest : public QObject
 private slots:
     void init() { removeBoxes(); }
     void keysReachThePages();
+    void listOfThePageInFrontHasTheKeys();
     void closingAsksAboutAnUnsavedForm();
     void samplesFillEmptyBoxesOnly();
     void tourShowsAllPages();
@@ -69,6 +70,17 @@ void MainWindowTest::keysReachThePages()
     QCOMPARE(tabs->currentWidget(), window.memos());
     QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
     QCOMPARE(tabs->currentWidget(), window.contacts());
+}
+
+void MainWindowTest::listOfThePageInFrontHasTheKeys()
+{
+    MainWindow window;
+    QVERIFY(showActive(window));
+    QTRY_COMPARE(window.focusWidget(), window.contacts()->findChild<QTreeView *>());
+    QTest::keyClick(&window, Qt::Key_3, Qt::ControlModifier);
+    QCOMPARE(window.focusWidget(), window.memos()->findChild<QTreeView *>());
+    QTest::keyClick(&window, Qt::Key_2, Qt::ControlModifier);
+    QCOMPARE(window.focusWidget(), window.tasks()->findChild<QTreeView *>());
 }
 
 void MainWindowTest::closingAsksAboutAnUnsavedForm()

@@ -1,4 +1,5 @@
 #include "memospage.h"
+#include "categorychecklist.h"
 
 #include "messagerobot.h"
 #include "pagefixture.h"
@@ -27,6 +28,7 @@ private slots:
     void memoWithoutATitleShowsItsFirstLine();
     void contentsAreShownAsText();
     void escapeLeavesTheForm();
+    void tabulatorLeadsThroughTheForm();
 
 private:
     void write(const QString &title, const QString &contents);
@@ -151,6 +153,20 @@ void MemosPageTest::escapeLeavesTheForm()
     QVERIFY(form->isVisible());
     QTest::keyClick(editor<QPlainTextEdit>(*m_page, "Contents"), Qt::Key_Escape);
     QVERIFY(!form->isVisible());
+}
+
+void MemosPageTest::tabulatorLeadsThroughTheForm()
+{
+    QVERIFY(showActive(*m_page));
+    m_page->newCard();
+    auto *contents = editor<QPlainTextEdit>(*m_page, "Contents");
+    QCOMPARE(m_page->focusWidget(), contents);
+    QTest::keyClick(contents, Qt::Key_Tab);
+    QCOMPARE(m_page->focusWidget(), m_page->findChild<CategoryChecklist *>());
+    QTest::keyClick(m_page->focusWidget(), Qt::Key_Tab);
+    const auto *button = qobject_cast<QPushButton *>(m_page->focusWidget());
+    QVERIFY(button && button->text().contains("Save"));
+    QCOMPARE(contents->toPlainText(), QString());
 }
 
 QTEST_MAIN(MemosPageTest)

@@ -91,6 +91,8 @@ private slots:
     void changesAreTold();
     void receiversDoNotLookAtTheArgument();
     void openFormSeesANewCategoryAndKeepsItsTicks();
+    void removedCategoryIsNoChangeOfAnOpenForm();
+    void longNameIsTakenAndCutInMessages();
 
 private:
     unsigned long addContact(const char *name, const QList<int> &categories = {});
@@ -396,6 +398,34 @@ void PageCategoriesTest::openFormSeesANewCategoryAndKeepsItsTicks()
     addCategory(table(), "Club");
     QCOMPARE(list->count(), 2);
     QCOMPARE(list->checked(), QList<int>{work});
+}
+
+void PageCategoriesTest::removedCategoryIsNoChangeOfAnOpenForm()
+{
+    const int work = addCategory(table(), "Work");
+    const int club = addCategory(table(), "Club");
+    addContact("Ann", {work});
+    contacts().selectRow(0);
+    contacts().editCard();
+    auto *form = contacts().findChild<CardForm *>();
+    QCOMPARE(table().remove("Work"), QString());
+    QVERIFY(!form->isModified());
+    contacts().findChild<CategoryChecklist *>()->setChecked({club});
+    QVERIFY(form->isModified());
+}
+
+void PageCategoriesTest::longNameIsTakenAndCutInMessages()
+{
+    const QString name(2000, u'n');
+    Dialog dialog(&table());
+    dialog.type(name);
+    dialog.press("Add");
+    QCOMPARE(dialog.names(), QStringList{name});
+    MessageRobot robot({QMessageBox::Ok});
+    dialog.type(name);
+    dialog.press("Add");
+    QCOMPARE(robot.boxes().value(0).text,
+             QString("There is a category \"%1\u2026\" already.").arg(QString(60, u'n')));
 }
 
 QTEST_MAIN(PageCategoriesTest)

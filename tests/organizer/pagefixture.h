@@ -4,6 +4,7 @@
 #include "cardform.h"
 #include "cardspage.h"
 #include "categorytable.h"
+#include "qcopenvelope.h"
 
 #include <QDir>
 #include <QFormLayout>
@@ -78,6 +79,13 @@ inline int addCategory(CategoryTable &table, const QString &name)
 {
     const QString objection = table.add(name);
     return objection.isEmpty() ? table.id(name) : 0;
+}
+
+/** A message of the close protocol for the contacts, as another application sends it. */
+inline void tellAll(const char *message)
+{
+    QCopEnvelope envelope("QPE/System", message);
+    envelope << QString("F0:KYADRS.BOX") << QString("other");
 }
 
 /** What the line below the list says. */

@@ -1,4 +1,5 @@
 #include "taskspage.h"
+#include "categorychecklist.h"
 
 #include "messagerobot.h"
 #include "pagefixture.h"
@@ -7,6 +8,7 @@
 #include <QComboBox>
 #include <QDateEdit>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 
 namespace {
 
@@ -54,6 +56,8 @@ private slots:
     void taskWithoutAStateCountsAsDone();
     void openedFormIsNotModified();
     void undoBringsBackAllFields();
+    void tabulatorLeadsThroughTheForm();
+    void tickLeavesTheListInItsPlace();
 
 private:
     QCheckBox *box(const QString &text) const;
@@ -267,6 +271,39 @@ void TasksPageTest::undoBringsBackAllFields()
     QCOMPARE(m_page->book()->count(), 0);
     m_page->undoDelete();
     QCOMPARE(m_page->book()->values(m_page->book()->cardAt(0)), before);
+}
+
+void TasksPageTest::tabulatorLeadsThroughTheForm()
+{
+    m_page->newCard();
+    auto *notes = m_page->findChild<QPlainTextEdit *>();
+    notes->setFocus();
+    QTest::keyClick(notes, Qt::Key_Tab);
+    QCOMPARE(m_page->focusWidget(), m_page->findChild<CategoryChecklist *>());
+    QCOMPARE(notes->toPlainText(), QString());
+}
+
+void TasksPageTest::tickLeavesTheListInItsPlace()
+{
+    QList<Card> cards;
+    for (int i = 100; i < 200; ++i)
+        cards.append(
+            {{{TaskField::Description, QString::number(i)}, {TaskField::State, TaskState::Open}}, {}});
+    QVERIFY(m_page->book()->addAll(cards) != 0);
+    auto *list = m_page->findChild<QTreeView *>();
+    m_page->selectRow(50);
+    const QModelIndex bottom = list->indexAt({5, list->viewport()->height() - 5});
+    const QPoint spot = list->visualRect(bottom.siblingAtColumn(Description)).center();
+    const int row = bottom.row() - 1; // the last one may be cut
+    QVERIFY(row > 50);
+    list->setFocus();
+    list->setCurrentIndex(list->model()->index(row, Description));
+    const int place = list->verticalScrollBar()->value();
+    QTest::keyClick(list, Qt::Key_Space);
+    QCOMPARE(tick(*m_page, row), Qt::Checked);
+    QCOMPARE(list->currentIndex().row(), row);
+    QCOMPARE(list->verticalScrollBar()->value(), place);
+    QCOMPARE(list->indexAt(spot).row(), row + 1);
 }
 
 QTEST_MAIN(TasksPageTest)
