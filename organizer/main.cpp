@@ -85,6 +85,16 @@ int run(const Options &options)
     return QPEApplication::exec();
 }
 
+/* The first window does the user's work; what this start was to bring along needs telling. */
+int raiseFirst(const Options &options)
+{
+    QPEApplication::raiseRunning(options.name.toUtf8());
+    if (options.import.isEmpty() && !options.sample)
+        return 0;
+    std::fprintf(stderr, "kyorganizer: it is running already; use Import in its window\n");
+    return 1;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -96,9 +106,5 @@ int main(int argc, char **argv)
     application.setName(options.name.toUtf8());
     if (!options.tour.isEmpty())
         return runTour(options);
-    if (!application.isFirst()) {
-        QPEApplication::raiseRunning(options.name.toUtf8());
-        return 0;
-    }
-    return run(options);
+    return application.isFirst() ? run(options) : raiseFirst(options);
 }

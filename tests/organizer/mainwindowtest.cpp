@@ -56,6 +56,7 @@ private slots:
     void tourShowsAllPages();
     void tourOfAnEmptyProfileShowsAllPages();
     void secondStartEndsAndRaisesTheFirst();
+    void secondStartImportsNothing();
     void otherNameIsAnotherApplication();
 };
 
@@ -148,6 +149,17 @@ void MainWindowTest::secondStartEndsAndRaisesTheFirst()
     QCOMPARE(second.ended(30000), 0);
     QTRY_VERIFY_WITH_TIMEOUT(!told.isEmpty(), Patience);
     QCOMPARE(told[0][0].toByteArray(), QByteArray("raise()"));
+    QCOMPARE(first.ended(0), -1);
+}
+
+void MainWindowTest::secondStartImportsNothing()
+{
+    Organizer first({"--name", "one"});
+    QTRY_VERIFY_WITH_TIMEOUT(QPEApplication::isRunning("one"), 30000);
+    Organizer importing({"--name", "one", "--import", "contacts.vcf"});
+    QCOMPARE(importing.ended(30000), 1);
+    Organizer sampling({"--name", "one", "--sample"});
+    QCOMPARE(sampling.ended(30000), 1);
     QCOMPARE(first.ended(0), -1);
 }
 
