@@ -7,6 +7,7 @@
 #include <QDialogButtonBox>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
 

@@ -60,6 +60,8 @@ void CardList::resizeEvent(QResizeEvent *event)
     int letters = 0;
     for (const CardColumn &column : m_model->columns())
         letters += column.letters;
+    if (letters == 0)
+        return;
     for (int column = 0; column < m_model->columnCount(); ++column)
         header()->resizeSection(column, viewport()->width() * m_model->columns()[column].letters / letters);
 }

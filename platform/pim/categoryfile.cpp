@@ -125,7 +125,7 @@ std::optional<CategoryGroups> readCategoryFile(const QString &path)
     // Anything but a plain file may block or never end.
     if (!info.isFile() || !file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    const QByteArray contents = file.read(Categories::MaximumFileSize + 1);
+    const QByteArray contents = file.read(qMin(info.size(), Categories::MaximumFileSize) + 1);
     if (contents.size() > Categories::MaximumFileSize)
         return std::nullopt;
     return Reader(contents).read();
