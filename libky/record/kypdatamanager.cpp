@@ -119,9 +119,8 @@ bool KyPDataManager::open(bool readOnly)
 
 bool KyPDataManager::openInMode()
 {
-    if (d->readOnly || !QCoreApplication::instance()) {
+    if (d->readOnly || !QCoreApplication::instance())
         return d->openHandle();
-    }
     const QPointer<KyPDataManager> self(this);
     for (int attempt = 0; attempt < OpenAttempts; ++attempt) {
         if (d->openHandle())

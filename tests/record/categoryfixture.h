@@ -63,4 +63,20 @@ inline bool isThere(const KyPDataManager &manager, unsigned long card)
     return storedBytes(manager, card, "ATTR") != "unreadable";
 }
 
+/** A view whose cards can be told with their categories. */
+struct ListedView : View
+{
+    /** Title and list of each card: "a5 b5 c59 ...". */
+    QString cards()
+    {
+        QString all;
+        for (const unsigned long card : cardsIn(manager, box.master())) {
+            all += (all.isEmpty() ? "" : " ") + manager.readItem("TITL", card);
+            for (const int category : manager.readCategories(card))
+                all += QString::number(category);
+        }
+        return all;
+    }
+};
+
 #endif

@@ -9,21 +9,9 @@
 namespace {
 
 /** The six cards of View. */
-struct Six : View
+struct Six : ListedView
 {
     Six() { addSix(); }
-
-    /** Title and list of each card: "a5 b5 c59 ...". */
-    QString cards()
-    {
-        QString all;
-        for (const unsigned long card : cardsIn(manager, box.master())) {
-            all += (all.isEmpty() ? "" : " ") + manager.readItem("TITL", card);
-            for (const int category : manager.readCategories(card))
-                all += QString::number(category);
-        }
-        return all;
-    }
 
     bool isMasterShown() { return table().currentIndex == table().masterIndex; }
 };

@@ -166,7 +166,7 @@ constexpr auto Visible = KyPDataManager::DeleteVisible;
 constexpr auto All = KyPDataManager::DeleteAll;
 
 /** The six cards of View, with views of 5, 9 and the unfiled kept and 5 shown: a, b, c and d. */
-struct Six : View
+struct Six : ListedView
 {
     Six()
     {
@@ -193,18 +193,6 @@ struct Six : View
         for (auto id = ids.cbegin(); id != ids.cend(); ++id) {
             if (storedBytes(manager, *id, "ATTR") == "\x40")
                 all += QChar(id.key());
-        }
-        return all;
-    }
-
-    /** Title and list of each card: "a5 b5 c59 ...". */
-    QString cards()
-    {
-        QString all;
-        for (const unsigned long card : cardsIn(manager, box.master())) {
-            all += (all.isEmpty() ? "" : " ") + manager.readItem("TITL", card);
-            for (const int category : manager.readCategories(card))
-                all += QString::number(category);
         }
         return all;
     }
