@@ -4,6 +4,7 @@
 #include "kyexport.h"
 #include <QApplication>
 
+class FepInterface;
 class QPEApplicationPrivate;
 
 /**
@@ -58,6 +59,16 @@ public:
     [[nodiscard]] static QString qpeDir();
     /** Folder of the user's documents, $HOME/Documents, made at first use; ends in a slash. */
     [[nodiscard]] static QString documentDir();
+
+    /** Size of the desktop in pixels: the environment variable KY_SCREEN, such as "480x640", else that of the
+     * primary screen; empty without an application object. */
+    [[nodiscard]] static QSize desktopSize();
+    /** Size that a maximised window gets, without what the window system puts around it: all of the desktop
+     * where KY_SCREEN tells its size. */
+    [[nodiscard]] static QSize maximizedSize();
+
+    /** The input method's state; null when none runs in this session. Owned by the platform. */
+    [[nodiscard]] static const FepInterface *qwsGetFepIF();
 
     /** What a stylus that is held still does. */
     enum StylusMode {

@@ -1,0 +1,6 @@
+#ifndef KYHOSTVALIDATOR_H
+#define KYHOSTVALIDATOR_H
+
+#include "kyexport.h"
+
+#endif

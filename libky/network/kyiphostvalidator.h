@@ -1,0 +1,6 @@
+#ifndef KYIPHOSTVALIDATOR_H
+#define KYIPHOSTVALIDATOR_H
+
+#include "kyexport.h"
+
+#endif

@@ -1,0 +1,6 @@
+#ifndef KYIPVALIDATOR_H
+#define KYIPVALIDATOR_H
+
+#include "kyexport.h"
+
+#endif

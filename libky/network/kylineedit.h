@@ -1,0 +1,6 @@
+#ifndef KYLINEEDIT_H
+#define KYLINEEDIT_H
+
+#include "kyexport.h"
+
+#endif

@@ -1,0 +1,6 @@
+#ifndef QLISTVALIDATOR_H
+#define QLISTVALIDATOR_H
+
+#include "kyexport.h"
+
+#endif

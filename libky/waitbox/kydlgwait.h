@@ -1,0 +1,6 @@
+#ifndef KYDLGWAIT_H
+#define KYDLGWAIT_H
+
+#include "kyexport.h"
+
+#endif

@@ -1,0 +1,6 @@
+#ifndef KYCOLORSELECTOR_H
+#define KYCOLORSELECTOR_H
+
+#include "kyexport.h"
+
+#endif

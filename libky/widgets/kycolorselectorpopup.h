@@ -1,0 +1,6 @@
+#ifndef KYCOLORSELECTORPOPUP_H
+#define KYCOLORSELECTORPOPUP_H
+
+#include "kyexport.h"
+
+#endif

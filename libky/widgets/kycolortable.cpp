@@ -1,0 +1,1 @@
+#include "kycolortable.h"

@@ -1,0 +1,6 @@
+#ifndef KYCOLORTABLE_H
+#define KYCOLORTABLE_H
+
+#include "kyexport.h"
+
+#endif

@@ -1,0 +1,6 @@
+#ifndef KYHYPERTEXTBROWSER_H
+#define KYHYPERTEXTBROWSER_H
+
+#include "kyexport.h"
+
+#endif

@@ -1,0 +1,6 @@
+#ifndef KYSTRINGSELECT_H
+#define KYSTRINGSELECT_H
+
+#include "kyexport.h"
+
+#endif
