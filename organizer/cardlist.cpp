@@ -46,6 +46,14 @@ void CardList::setPlaceholder(const QString &text)
     viewport()->update();
 }
 
+void CardList::sortBy(int column)
+{
+    const bool turns =
+        header()->sortIndicatorSection() == column && header()->sortIndicatorOrder() == Qt::AscendingOrder;
+    header()->setSortIndicator(column, turns ? Qt::DescendingOrder : Qt::AscendingOrder);
+    orderBy(column);
+}
+
 /* The header has marked the column and turned its direction. */
 void CardList::orderBy(int column)
 {

@@ -17,6 +17,8 @@ public:
     /** What stands in the place of the rows when there is none. */
     void setPlaceholder(const QString &text);
     [[nodiscard]] QString placeholder() const { return m_placeholder; }
+    /** Does what a click on the header of a column does. */
+    void sortBy(int column);
 
 signals:
     /** The user wants the order of a column. */

@@ -38,6 +38,7 @@ void CardsPage::begin(const QList<CardColumn> &columns, int nameColumn, CardForm
     m_form = form;
     m_stack->addWidget(makeList());
     m_stack->addWidget(m_form);
+    addOrders();
 
     connect(m_book, &Book::availableChanged, this, &CardsPage::updateState);
     connect(m_model, &QAbstractItemModel::modelReset, this, &CardsPage::showAnew);
@@ -109,6 +110,16 @@ QWidget *CardsPage::makeChoosers()
     layout->addWidget(m_chooser, 2);
     layout->addWidget(m_search, 3);
     return line;
+}
+
+/* The way to the order of a column for those without a pointer. */
+void CardsPage::addOrders()
+{
+    QMenu *orders = m_menu->addMenu(tr("Sort by"));
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        QAction *order = orders->addAction(m_model->columns()[column].title);
+        connect(order, &QAction::triggered, m_list, [this, column] { m_list->sortBy(column); });
+    }
 }
 
 void CardsPage::addActions(QWidget *page, QToolBar *bar)

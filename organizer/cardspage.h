@@ -86,6 +86,7 @@ private:
     void addActions(QWidget *page, QToolBar *bar);
     QWidget *makeList();
     QWidget *makeChoosers();
+    void addOrders();
     void fillCategories();
     void categoriesChanged();
     void showSelected();

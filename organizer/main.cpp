@@ -2,6 +2,7 @@
 #include "contactimport.h"
 #include "contactspage.h"
 #include "mainwindow.h"
+#include "preferences.h"
 #include "qpeapplication.h"
 #include "samples.h"
 #include "tour.h"
@@ -104,6 +105,10 @@ int main(int argc, char **argv)
     QPEApplication application(argc, argv);
     const Options options = parseOptions(arguments);
     application.setName(options.name.toUtf8());
+    if (!qEnvironmentVariableIsSet("KY_SCREEN"))
+        qputenv("KY_SCREEN",
+                QStringLiteral("%1x%2").arg(options.screen.width()).arg(options.screen.height()).toLatin1());
+    Preferences::load().apply();
     if (!options.tour.isEmpty())
         return runTour(options);
     return application.isFirst() ? run(options) : raiseFirst(options);

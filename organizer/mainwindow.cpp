@@ -4,37 +4,49 @@
 #include "contactspage.h"
 #include "memospage.h"
 #include "resource.h"
+#include "settingspage.h"
+#include "statusline.h"
 #include "taskspage.h"
 
 #include <QCloseEvent>
 #include <QShortcut>
 #include <QTabWidget>
+#include <QVBoxLayout>
 
 MainWindow::MainWindow()
     : m_categories(new CategoryTable(this)), m_contacts(new ContactsPage(m_categories)),
-      m_tasks(new TasksPage(m_categories)), m_memos(new MemosPage(m_categories)), m_pages(new QTabWidget)
+      m_tasks(new TasksPage(m_categories)), m_memos(new MemosPage(m_categories)),
+      m_settings(new SettingsPage), m_statusLine(new StatusLine), m_pages(new QTabWidget)
 {
     setWindowTitle(tr("Organizer"));
     setWindowIcon(QIcon(Resource::loadPixmap(QStringLiteral("contacts"))));
     m_pages->setTabPosition(QTabWidget::South);
     m_pages->setDocumentMode(true);
-    setCentralWidget(m_pages);
+    auto *contents = new QWidget;
+    auto *layout = new QVBoxLayout(contents);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_statusLine);
+    layout->addWidget(m_pages, 1);
+    setCentralWidget(contents);
     addPage(m_contacts, "contacts", tr("Contacts"));
     addPage(m_tasks, "tasks", tr("Tasks"));
     addPage(m_memos, "memos", tr("Memos"));
+    addPage(m_settings, "settings", tr("Settings"));
+    for (CardsPage *page : findChildren<CardsPage *>())
+        page->focusList(); // where the keys go when it comes to the front
     connect(m_pages, &QTabWidget::currentChanged, this, &MainWindow::askForBox);
     m_contacts->focusList();
 }
 
-void MainWindow::addPage(CardsPage *page, const char *icon, const QString &title)
+void MainWindow::addPage(QWidget *page, const char *icon, const QString &title)
 {
     const int index = m_pages->addTab(page, QIcon(Resource::loadPixmap(QLatin1String(icon))), title);
-    page->focusList(); // where the keys go when it comes to the front
     auto *shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + index)), this);
     connect(shortcut, &QShortcut::activated, this, [=, this] { showPage(page); });
 }
 
-void MainWindow::showPage(CardsPage *page)
+void MainWindow::showPage(QWidget *page)
 {
     m_pages->setCurrentWidget(page);
 }
@@ -42,7 +54,8 @@ void MainWindow::showPage(CardsPage *page)
 /* The page that the user sees asks for its box; the others may stay lent. */
 void MainWindow::askForBox()
 {
-    qobject_cast<CardsPage *>(m_pages->currentWidget())->book()->ask();
+    if (auto *page = qobject_cast<CardsPage *>(m_pages->currentWidget()))
+        page->book()->ask();
 }
 
 void MainWindow::changeEvent(QEvent *event)

@@ -8,9 +8,12 @@ class CategoryTable;
 class ContactsPage;
 class MemosPage;
 class QTabWidget;
+class SettingsPage;
+class StatusLine;
 class TasksPage;
 
-/** The window of the Organizer: a page a box, reached by the tabs below, or by Ctrl and a digit. */
+/** The window of the Organizer: the status line, and below it a page a box and one for the settings, reached
+ * by the tabs below, or by Ctrl and a digit. */
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -21,21 +24,25 @@ public:
     [[nodiscard]] ContactsPage *contacts() const { return m_contacts; }
     [[nodiscard]] TasksPage *tasks() const { return m_tasks; }
     [[nodiscard]] MemosPage *memos() const { return m_memos; }
+    [[nodiscard]] SettingsPage *settings() const { return m_settings; }
+    [[nodiscard]] StatusLine *statusLine() const { return m_statusLine; }
     /** Brings a page to the front. */
-    void showPage(CardsPage *page);
+    void showPage(QWidget *page);
 
 protected:
     void changeEvent(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    void addPage(CardsPage *page, const char *icon, const QString &title);
+    void addPage(QWidget *page, const char *icon, const QString &title);
     void askForBox();
 
     CategoryTable *m_categories;
     ContactsPage *m_contacts;
     TasksPage *m_tasks;
     MemosPage *m_memos;
+    SettingsPage *m_settings;
+    StatusLine *m_statusLine;
     QTabWidget *m_pages;
 };
 

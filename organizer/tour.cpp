@@ -6,12 +6,15 @@
 #include "contactspage.h"
 #include "mainwindow.h"
 #include "memospage.h"
+#include "settingspage.h"
+#include "statusline.h"
 #include "taskspage.h"
 
 #include <cstdio>
 #include <QApplication>
 #include <QDir>
 #include <QPixmap>
+#include <QScrollBar>
 
 namespace {
 
@@ -30,6 +33,7 @@ public:
         showPage(m_window.tasks(), QStringLiteral("tasks"), QStringLiteral("task"));
         showPage(m_window.memos(), QStringLiteral("memos"), QStringLiteral("memo"));
         showCategories();
+        showSettings();
     }
 
 private:
@@ -79,6 +83,18 @@ private:
         dialog.show();
         picture(dialog, QStringLiteral("categories"),
                 QStringLiteral("%1 categories").arg(m_window.categories()->entries().size()));
+    }
+
+    /* The settings are longer than a small screen. */
+    void showSettings()
+    {
+        SettingsPage *settings = m_window.settings();
+        m_window.showPage(settings);
+        picture(m_window, QStringLiteral("settings"), m_window.statusLine()->summary());
+        for (const QString &line : settings->summary())
+            std::printf("  %s\n", qUtf8Printable(line));
+        settings->verticalScrollBar()->setValue(settings->verticalScrollBar()->maximum());
+        picture(m_window, QStringLiteral("settings-end"), QStringLiteral("the rest of the settings"));
     }
 
     MainWindow &m_window;

@@ -125,6 +125,7 @@ private slots:
     void deleteAsksAndUndoBringsBack();
     void deletingNothingDoesNothing();
     void clickOnAHeaderSortsAndASecondOneTurns();
+    void menuSortsAsHeadersDo();
     void orderOfAnEmptyBoxHoldsForItsFirstCards();
     void keysOfTheListDoNothingInTheForm();
     void newContactIsFiledUnderTheShownCategory();
@@ -435,6 +436,30 @@ void ContactsPageTest::clickOnAHeaderSortsAndASecondOneTurns()
     QCOMPARE(names(page), (QStringList{"a", "b", "c"}));
     clickHeader(page, Name);
     QCOMPARE(names(page), (QStringList{"c", "b", "a"}));
+}
+
+void ContactsPageTest::menuSortsAsHeadersDo()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    for (const char *company : {"Y", "Z", "X"})
+        page.book()->save(0, {{AddressField::Company, company}});
+    const auto sortBy = [&](const QString &title) {
+        for (QAction *action : page.findChildren<QAction *>()) {
+            if (action->text() == title)
+                action->trigger();
+        }
+    };
+    const QHeaderView *header = page.findChild<QTreeView *>()->header();
+    sortBy("Company");
+    QCOMPARE(texts(page, 2), (QStringList{"X", "Y", "Z"}));
+    QCOMPARE(header->sortIndicatorOrder(), Qt::AscendingOrder);
+    sortBy("Company");
+    QCOMPARE(texts(page, 2), (QStringList{"Z", "Y", "X"}));
+    QCOMPARE(header->sortIndicatorSection(), 2);
+    QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
+    clickHeader(page, 2);
+    QCOMPARE(texts(page, 2), (QStringList{"X", "Y", "Z"}));
 }
 
 void ContactsPageTest::orderOfAnEmptyBoxHoldsForItsFirstCards()
