@@ -1,31 +1,8 @@
 #include "fepinterface.h"
 #include "childprocess.h"
-#include "fepstate_p.h"
+#include "fepservice.h"
 #include "qpeapplication.h"
-#include "sessionbus_p.h"
 #include <QApplication>
-
-/** The service that keeps the state, as far as the bus can tell. */
-class Service
-{
-public:
-    Service() : m_isThere(SessionBus::requestName(name(), false)) {}
-    ~Service() { SessionBus::releaseName(name()); }
-    Q_DISABLE_COPY_MOVE(Service)
-    [[nodiscard]] bool isThere() const { return m_isThere; }
-
-private:
-    static QString name() { return SessionBus::serviceName("service"); }
-    const bool m_isThere;
-};
-
-static bool keep(bool on, bool switchable)
-{
-    FepState state;
-    state.on = on;
-    state.switchable = switchable;
-    return state.write();
-}
 
 /** Says what a process without a session bus sees. */
 static int childMain(int argc, char **argv)
@@ -57,27 +34,26 @@ void FepInterfaceTest::cleanup()
 
 void FepInterfaceTest::noneWithoutService()
 {
-    QVERIFY(keep(true, true));
-    QVERIFY(!QPEApplication::qwsGetFepIF());
     {
-        const Service service;
-        QVERIFY(service.isThere());
+        const FepService service(true, true);
+        QVERIFY(service.isReady());
         QVERIFY(QPEApplication::qwsGetFepIF());
     }
+    QVERIFY(FepService::keep(true, true)); // as a service leaves it that was killed
     QVERIFY(!QPEApplication::qwsGetFepIF());
 }
 
 void FepInterfaceTest::noneWithoutState()
 {
-    const Service service;
-    QVERIFY(service.isThere());
+    const FepService service(true, true);
+    QVERIFY(service.isReady() && QFile::remove(FepState::file()));
     QVERIFY(!QPEApplication::qwsGetFepIF());
 }
 
 void FepInterfaceTest::noneWithoutBus()
 {
-    const Service service;
-    QVERIFY(service.isThere() && keep(true, true));
+    const FepService service(true, true);
+    QVERIFY(service.isReady());
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     ChildProcess with({}, environment);
     QCOMPARE(with.readLine(), QByteArray("interface"));
@@ -100,8 +76,8 @@ void FepInterfaceTest::answersFromState()
 {
     QFETCH(bool, on);
     QFETCH(bool, switchable);
-    const Service service;
-    QVERIFY(service.isThere() && keep(on, switchable));
+    const FepService service(on, switchable);
+    QVERIFY(service.isReady());
     const FepInterface *interface = QPEApplication::qwsGetFepIF();
     QVERIFY(interface);
     QCOMPARE(interface->isOn(), on);
@@ -110,19 +86,19 @@ void FepInterfaceTest::answersFromState()
 
 void FepInterfaceTest::looksAnewAtEachQuestion()
 {
-    const Service service;
-    QVERIFY(service.isThere() && keep(false, false));
+    const FepService service(false, false);
+    QVERIFY(service.isReady());
     const FepInterface *interface = QPEApplication::qwsGetFepIF();
     QVERIFY(interface && !interface->isOn() && !interface->canSwitchOn());
-    QVERIFY(keep(true, true));
+    QVERIFY(FepService::keep(true, true));
     QVERIFY(interface->isOn());
     QVERIFY(interface->canSwitchOn());
 }
 
 void FepInterfaceTest::offWhenTheStateHasGone()
 {
-    const Service service;
-    QVERIFY(service.isThere() && keep(true, true));
+    const FepService service(true, true);
+    QVERIFY(service.isReady());
     const FepInterface *interface = QPEApplication::qwsGetFepIF();
     QVERIFY(interface && interface->isOn());
     QVERIFY(QFile::remove(FepState::file()));
