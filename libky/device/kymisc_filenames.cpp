@@ -54,6 +54,7 @@ QString KyMisc::getCanonicalPath(const QString &path)
         file.setFile(file.symLinkTarget());
     if (file.isDir())
         return QDir(file.absoluteFilePath()).canonicalPath();
+    // Callers compare the results: with the root and with missing folders too it is these three put together.
     return file.dir().canonicalPath() + QLatin1Char('/') + file.fileName();
 }
 

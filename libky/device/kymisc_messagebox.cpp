@@ -50,6 +50,7 @@ void KyMisc::temporaryMessageBox(const QString &caption, const QString &text, in
     const QPointer<QMessageBox> box = new QMessageBox(icon, caption, text, QMessageBox::NoButton, parent,
                                                       static_cast<Qt::WindowFlags>(flags));
     box->setObjectName(QString::fromUtf8(name));
+    box->setAttribute(Qt::WA_QuitOnClose, false); // the caller is still at work
     for (const int button : {button0, button1, button2})
         addButton(*box, button);
     box->show();
