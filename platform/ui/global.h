@@ -20,7 +20,8 @@ public:
      * @param program file name of a program in "bin" of QPEApplication::qpeDir(); nothing else is ever
      * started
      * @param argument passed as one argument, whatever it holds; none when null
-     * @return false when there is no such program or it can't be started
+     * @return false when there is no such program, when it can't be started, and for an argument with a zero
+     * character
      */
     static bool execute(const QString &program, const QString &argument = QString());
 };
