@@ -1,1 +1,119 @@
 #include "kyhypertextbrowser.h"
+#include "config.h"
+#include "global.h"
+#include "linkfinder_p.h"
+#include <algorithm>
+#include <QImage>
+#include <QKeyEvent>
+#include <QScrollBar>
+#include <QTextCursor>
+
+namespace {
+
+constexpr QLatin1String MailScheme("mailto:");
+
+// The classic toolkit's numbers, which applications still send.
+constexpr int ClassicKeyUp = 0x1013;
+constexpr int ClassicKeyDown = 0x1015;
+
+/** The href of the link that was followed, which the cursor is in. A QUrl of it would be another text: it
+ * normalises. */
+QString hrefUnder(QTextCursor cursor)
+{
+    cursor.setPosition(cursor.selectionEnd());
+    return cursor.charFormat().anchorHref();
+}
+
+bool isSafeArgument(const QString &argument)
+{
+    const auto isControl = [](QChar character) { return character.category() == QChar::Other_Control; };
+    return !argument.startsWith(u'-') && std::none_of(argument.begin(), argument.end(), isControl);
+}
+
+void start(const QString &program, const QString &argument)
+{
+    if (isSafeArgument(argument))
+        (void)Global::execute(program, argument);
+}
+
+} // namespace
+
+KyHyperTextBrowser::KyHyperTextBrowser(QWidget *parent, const char *name) : QTextBrowser(parent)
+{
+    setObjectName(QString::fromUtf8(name));
+    setOpenLinks(false);
+    connect(this, &QTextBrowser::anchorClicked, this,
+            [this] { setSource(LinkFinder::decodedLink(hrefUnder(textCursor()))); });
+}
+
+void KyHyperTextBrowser::setHyperText(QString &text, int flags)
+{
+    QString copy = text;
+    QString &linked = (flags & ChangeText) != 0 ? text : copy;
+    if ((flags & EmailLinks) != 0)
+        setEmailtoLink(linked);
+    if ((flags & UrlLinks) != 0)
+        setURLtoLink(linked);
+    setHtml((flags & EmailLinks) != 0 ? LinkFinder::withoutClosingBrackets(linked) : linked);
+}
+
+void KyHyperTextBrowser::setEmailtoLink(QString &text)
+{
+    text = LinkFinder::withEmailLinks(text);
+}
+
+void KyHyperTextBrowser::setURLtoLink(QString &text)
+{
+    text = LinkFinder::withUrlLinks(text);
+}
+
+void KyHyperTextBrowser::setSource(const QString &link)
+{
+    Config config(QStringLiteral("haldenqpe"));
+    config.setGroup(QStringLiteral("Helpers"));
+    const qsizetype place = link.indexOf(MailScheme);
+    if (place >= 0)
+        start(config.readEntry(QStringLiteral("mailer"), QStringLiteral("kliomu")),
+              link.mid(place + MailScheme.size()));
+    else
+        start(config.readEntry(QStringLiteral("browser"), QStringLiteral("opera")), link);
+}
+
+void KyHyperTextBrowser::clear()
+{
+    setHtml(QString());
+}
+
+void KyHyperTextBrowser::keyPressEvent(QKeyEvent *event)
+{
+    QScrollBar *bar = verticalScrollBar();
+    const int line = fontMetrics().lineSpacing();
+    switch (event->key()) {
+    case Qt::Key_Up:
+    case ClassicKeyUp:
+        bar->setValue(bar->value() - line);
+        break;
+    case Qt::Key_Down:
+    case ClassicKeyDown:
+        bar->setValue(bar->value() + line);
+        break;
+    default:
+        QTextBrowser::keyPressEvent(event);
+    }
+}
+
+void KyHyperTextBrowser::doSetSource(const QUrl &name, QTextDocument::ResourceType)
+{
+    if (!name.isEmpty()) // reload() of a view that never had a source
+        setSource(name.toString());
+}
+
+QVariant KyHyperTextBrowser::loadResource(int type, const QUrl &)
+{
+    if (type != QTextDocument::ImageResource)
+        return {};
+    // For want of a picture the rich text would load the file by itself.
+    QImage nothing(1, 1, QImage::Format_ARGB32_Premultiplied);
+    nothing.fill(Qt::transparent);
+    return nothing;
+}
