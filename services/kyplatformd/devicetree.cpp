@@ -99,8 +99,9 @@ void DeviceTree::write(const QString &name, const QByteArray &contents)
     if (m_written.value(name) == contents && QFile::exists(path))
         return;
     QSaveFile file(path);
+    // Without the flush, commit() would put a cut-off file in place when the disk is full.
     if (QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
-        file.write(contents) == contents.size() && file.commit())
+        file.write(contents) == contents.size() && file.flush() && file.commit())
         m_written.insert(name, contents);
     else
         fail(path, file.errorString());
