@@ -97,16 +97,22 @@ QDBusConnection openConnection()
                              : QDBusConnection::connectToBus(QString::fromLatin1(address), name);
 }
 
+QDBusMessage callToBus(const QString &method, const QVariantList &arguments)
+{
+    const QString bus = QStringLiteral("org.freedesktop.DBus");
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(bus, QStringLiteral("/org/freedesktop/DBus"), bus, method);
+    call.setArguments(arguments);
+    return call;
+}
+
 /** Asks the bus itself. @return the first value of its answer; invalid when none came in time */
 QVariant askBus(const QString &method, const QVariantList &arguments)
 {
     if (!SessionBus::isAvailable())
         return {};
-    QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                                       QStringLiteral("/org/freedesktop/DBus"),
-                                                       QStringLiteral("org.freedesktop.DBus"), method);
-    call.setArguments(arguments);
-    const QDBusMessage reply = SessionBus::connection().call(call, QDBus::Block, CallTimeout);
+    const QDBusMessage reply =
+        SessionBus::connection().call(callToBus(method, arguments), QDBus::Block, CallTimeout);
     return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments().value(0) : QVariant();
 }
 
@@ -175,6 +181,13 @@ bool isOwner(const QString &service)
 {
     const QString owner = askBus(QStringLiteral("GetNameOwner"), {service}).toString();
     return !owner.isEmpty() && owner == connection().baseService();
+}
+
+void startService(const QString &service)
+{
+    // Sent without a wish for an answer.
+    if (isAvailable())
+        connection().send(callToBus(QStringLiteral("StartServiceByName"), {service, quint32(0)}));
 }
 
 void flush()

@@ -37,6 +37,10 @@ KY_EXPORT void releaseName(const QString &service);
 /** True when this process owns the name, and does not only wait in line for it. */
 [[nodiscard]] KY_EXPORT bool isOwner(const QString &service);
 
+/** Asks the bus to start the program that stands for a name, and waits for nothing; a bus that knows no such
+ * program does nothing. */
+KY_EXPORT void startService(const QString &service);
+
 /** Waits, at most 1 s, until the bus has what was sent. */
 KY_EXPORT void flush();
 

@@ -60,14 +60,22 @@ bool deviceTreeIsKept()
     return proc.isSymLink() || !proc.exists();
 }
 
-void waitForPlatform()
+void waitFor(const QString &service)
 {
-    if (!deviceTreeIsKept() || !SessionBus::isAvailable())
-        return;
-    const QString service = SessionBus::serviceName(QStringLiteral("platform"));
     const QDeadlineTimer deadline(PlatformWait);
     while (!SessionBus::hasOwner(service) && !deadline.hasExpired())
         QThread::msleep(PlatformPoll);
+}
+
+/** Has kyplatformd started where none serves this HOME, and waits for it where its files are needed. */
+void preparePlatform()
+{
+    const QString service = SessionBus::serviceName(QStringLiteral("platform"));
+    if (!SessionBus::isAvailable() || SessionBus::hasOwner(service))
+        return;
+    SessionBus::startService(QStringLiteral("org.ky.Platform"));
+    if (deviceTreeIsKept())
+        waitFor(service);
 }
 
 QString withSlash(const QString &path)
@@ -130,7 +138,7 @@ void handleSystemMessage(QPEApplication *application, const QByteArray &message,
 QPEApplication::QPEApplication(int &argc, char **argv, const QByteArray &name)
     : QApplication(withoutScaling(argc), argv), d(new QPEApplicationPrivate)
 {
-    waitForPlatform();
+    preparePlatform();
     connect(this, &QObject::objectNameChanged, this, [this] { d->listen(this); });
     connect(this, &QPEApplication::appMessage, this,
             [this](const QByteArray &message) { handleApplicationMessage(this, message); });

@@ -1,89 +1,14 @@
 #include "devicetree.h"
-#include <QCryptographicHash>
+#include "filecontents.h"
+#include "identity.h"
+#include "powersupplies.h"
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStorageInfo>
 #include <unistd.h>
 
 namespace {
-
-// Values of the battery status in /proc/apm.
-enum BatteryStatus { High = 0, Low = 1, Critical = 2, Charging = 3, NotPresent = 4, VeryLow = 127 };
-
-/** The highest charge in percent that still counts as a status. */
-struct ChargeLimit
-{
-    int percent;
-    BatteryStatus status;
-};
-constexpr ChargeLimit ChargeLimits[] = {{5, Critical}, {10, VeryLow}, {30, Low}, {100, High}};
-
-struct Power
-{
-    bool online = true; // a machine without any battery runs on the mains
-    BatteryStatus status = NotPresent;
-    int percent = -1;
-    int seconds = -1;
-};
-
-QByteArray contentsOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed() : QByteArray();
-}
-
-int numberIn(const QString &path)
-{
-    bool valid = false;
-    const int number = contentsOf(path).toInt(&valid);
-    return valid ? number : -1;
-}
-
-BatteryStatus statusOf(const QByteArray &state, int percent)
-{
-    if (state == "Charging")
-        return Charging;
-    for (const ChargeLimit &limit : ChargeLimits) {
-        if (percent <= limit.percent)
-            return limit.status;
-    }
-    return High;
-}
-
-/** The machine's own battery, not that of a mouse. */
-bool isSystemBattery(const QString &supply)
-{
-    return contentsOf(supply + "/type") == "Battery" && contentsOf(supply + "/scope") != "Device" &&
-           contentsOf(supply + "/present") != "0";
-}
-
-bool isExternalSupply(const QString &supply)
-{
-    const QByteArray type = contentsOf(supply + "/type");
-    return type == "Mains" || type.startsWith("USB");
-}
-
-Power readPower(const QString &powerSupplies)
-{
-    Power power;
-    bool external = false;
-    for (const QFileInfo &entry : QDir(powerSupplies).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const QString supply = entry.filePath();
-        if (isExternalSupply(supply))
-            external = external || numberIn(supply + "/online") > 0;
-        if (power.status != NotPresent || !isSystemBattery(supply))
-            continue;
-        const QByteArray state = contentsOf(supply + "/status");
-        power.percent = qBound(-1, numberIn(supply + "/capacity"), 100);
-        power.seconds = numberIn(supply + "/time_to_empty_now");
-        power.status = statusOf(state, power.percent < 0 ? 100 : power.percent);
-        power.online = state != "Discharging";
-    }
-    power.online = power.online || external;
-    return power;
-}
 
 /** A value of today's /proc/meminfo, given there in kilobytes, in bytes. */
 qint64 memoryValue(const QByteArray &meminfo, const QByteArray &key)
@@ -95,17 +20,20 @@ qint64 memoryValue(const QByteArray &meminfo, const QByteArray &key)
     return 0;
 }
 
-QByteArray lineOf(const QByteArray &text)
-{
-    return text + '\n';
-}
-
 } // namespace
 
-DeviceTree::DeviceTree(const QString &root, const QString &folder, QObject *parent)
-    : QObject(parent), m_root(root), m_folder(folder)
+DeviceSources::DeviceSources()
+    : powerSupplies("/sys/class/power_supply"), firmware("/sys/class/dmi/id"),
+      settings(QDir::homePath() + "/Settings/kyplatformd.conf"), refreshTime(DeviceTree::RefreshTime)
 {
-    connect(&m_timer, &QTimer::timeout, this, [this] { m_complete = refresh(); });
+}
+
+DeviceTree::DeviceTree(const QString &root, const QString &folder, const DeviceSources &sources,
+                       QObject *parent)
+    : QObject(parent), m_root(root), m_folder(folder), m_sources(sources),
+      m_processor(fileContents("/proc/cpuinfo") + '\n')
+{
+    connect(&m_timer, &QTimer::timeout, this, &DeviceTree::refresh);
 }
 
 DeviceTree::~DeviceTree()
@@ -119,20 +47,11 @@ bool DeviceTree::create()
     const QFileInfo proc(m_root + "/proc");
     if (proc.exists() && !proc.isSymLink())
         return true;
-    if (!writeIdentity() || !refresh() || !linkProc())
-        return false;
-    m_timer.start(RefreshTime);
-    return true;
-}
-
-QByteArray DeviceTree::apmLine(const QString &powerSupplies)
-{
-    const Power power = readPower(powerSupplies);
-    const char unit = power.seconds < 0 ? '?' : 's';
-    const QString line =
-        QString::asprintf("1.16 1.2 0x02 0x%02x 0x%02x 0xff %d%% %d %c\n", power.online ? 1 : 0,
-                          unsigned(power.status), power.percent, power.seconds, unit);
-    return line.toLatin1();
+    // Before the first look, so that no change falls between.
+    m_events = std::make_unique<KernelEvents>();
+    connect(m_events.get(), &KernelEvents::changed, this, &DeviceTree::refresh);
+    m_timer.start(m_sources.refreshTime);
+    return refresh() && linkProc();
 }
 
 QByteArray DeviceTree::memoryHeader(const QByteArray &meminfo)
@@ -149,41 +68,65 @@ QByteArray DeviceTree::memoryHeader(const QByteArray &meminfo)
 
 bool DeviceTree::refresh()
 {
+    m_complete = true;
     const QStorageInfo home(QDir::homePath());
-    return write("apm", apmLine(QStringLiteral("/sys/class/power_supply"))) &&
-           write("meminfo", memoryHeader(contentsOf(QStringLiteral("/proc/meminfo")))) &&
-           write("fs/jffs2/1f:03/reliable_free_size", lineOf(QByteArray::number(home.bytesAvailable())));
+    write("apm", apmLine(m_sources.powerSupplies));
+    write("meminfo", memoryHeader(fileContents("/proc/meminfo")));
+    write("cpuinfo", m_processor);
+    writeLine("fs/jffs2/1f:03/reliable_free_size", QByteArray::number(home.bytesAvailable()));
+    writeIdentity();
+    m_warned = !m_complete;
+    return m_complete;
 }
 
-bool DeviceTree::writeIdentity()
+void DeviceTree::writeIdentity()
 {
-    const QString dmi = QStringLiteral("/sys/class/dmi/id/");
-    const QByteArray locale = qgetenv("LANG");
-    const QByteArray version = "1.0", vendor = contentsOf(dmi + "sys_vendor"),
-                     product = contentsOf(dmi + "product_name"), number = "0",
-                     language = locale.left(locale.indexOf('.'));
-    const QByteArray all = version + vendor + product + number + language;
-    const QByteArray sum = QCryptographicHash::hash(all, QCryptographicHash::Md5).toHex();
-    return write("deviceinfo/filever", lineOf(version)) && write("deviceinfo/vendor", lineOf(vendor)) &&
-           write("deviceinfo/product", lineOf(product)) && write("deviceinfo/hardno", lineOf(number)) &&
-           write("deviceinfo/locale", lineOf(language)) && write("deviceinfo/checksum", lineOf(sum)) &&
-           write("cpuinfo", lineOf(contentsOf(QStringLiteral("/proc/cpuinfo"))));
+    const Identity identity = readIdentity(m_sources.settings, m_sources.firmware);
+    writeLine("deviceinfo/filever", identity.formatVersion);
+    writeLine("deviceinfo/vendor", identity.vendor);
+    writeLine("deviceinfo/product", identity.product);
+    writeLine("deviceinfo/locale", identity.locale);
+    writeLine("deviceinfo/checksum", identity.checksum);
+    if (identity.number.isNull())
+        remove("deviceinfo/hardno");
+    else
+        writeLine("deviceinfo/hardno", identity.number);
 }
 
-bool DeviceTree::write(const QString &name, const QByteArray &contents)
+void DeviceTree::write(const QString &name, const QByteArray &contents)
 {
-    if (m_written.value(name) == contents)
-        return true;
     const QString path = m_folder + QLatin1Char('/') + name;
+    if (m_written.value(name) == contents && QFile::exists(path))
+        return;
     QSaveFile file(path);
-    const bool written = QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
-                         file.write(contents) == contents.size() && file.commit();
-    if (written)
+    // Without the flush, commit() would put a cut-off file in place when the disk is full.
+    if (QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
+        file.write(contents) == contents.size() && file.flush() && file.commit())
         m_written.insert(name, contents);
-    else if (m_complete) // once, and not again each time the files are refreshed
-        qWarning("kyplatformd: cannot write %s: %s", qUtf8Printable(path),
-                 qUtf8Printable(file.errorString()));
-    return written;
+    else
+        fail(path, file.errorString());
+}
+
+void DeviceTree::writeLine(const QString &name, const QByteArray &line)
+{
+    write(name, line + '\n');
+}
+
+void DeviceTree::remove(const QString &name)
+{
+    QFile file(m_folder + QLatin1Char('/') + name);
+    if (!file.exists() || file.remove())
+        m_written.remove(name);
+    else
+        fail(file.fileName(), file.errorString());
+}
+
+void DeviceTree::fail(const QString &path, const QString &reason)
+{
+    m_complete = false;
+    if (!m_warned) // once, and not for each file and again each time the files are refreshed
+        qWarning("kyplatformd: cannot write %s: %s", qUtf8Printable(path), qUtf8Printable(reason));
+    m_warned = true;
 }
 
 bool DeviceTree::linkProc() const

@@ -95,6 +95,7 @@ int main(int argc, char **argv)
     if (tree && !tree->create())
         return 1;
     const BoxWatch watch;
+    SessionBus::requestName("org.ky.Platform", true); // of whichever profile; the bus starts us by it
     SessionBus::requestName(SessionBus::serviceName("platform"), false); // tells that all is ready
     return QCoreApplication::exec();
 }

@@ -1,18 +1,18 @@
 #include "devicetree.h"
-#include <cstdio>
+#include "logcapture.h"
+#include "mounts.h"
 #include <QtTest>
 
 namespace {
 
-/** The files of a power supply: type, status, capacity, ... */
-using Supply = QMap<QString, QByteArray>;
+bool canMount = false; // set by main()
 
 void writeFile(const QString &path, const QByteArray &contents)
 {
     QVERIFY(QDir().mkpath(QFileInfo(path).path()));
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(contents + '\n');
+    QCOMPARE(file.write(contents), contents.size());
 }
 
 QByteArray readFile(const QString &path)
@@ -21,22 +21,42 @@ QByteArray readFile(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-struct ApmLine
+/** A tree in a folder of its own, whose sources the test writes. */
+struct TreeFolder
 {
-    int fields = 0;
-    unsigned ac = 0xee, status = 0xee, flag = 0xee;
-    int percent = -2, seconds = -2;
-    char unit = 0;
+    TreeFolder()
+    {
+        sources.powerSupplies = folder.filePath("power");
+        sources.firmware = folder.filePath("firmware");
+        sources.settings = folder.filePath("settings.conf");
+        sources.refreshTime = 100;
+    }
+    void makeTree()
+    {
+        tree = std::make_unique<DeviceTree>(folder.filePath("root"), folder.filePath("files"), sources);
+        QVERIFY(tree->create());
+    }
+    [[nodiscard]] QByteArray value(const QString &name) const
+    {
+        return readFile(folder.filePath("root/proc/" + name));
+    }
+    [[nodiscard]] QByteArray identity(const QString &name) const { return value("deviceinfo/" + name); }
+    void setSettings(const QByteArray &text) const { writeFile(sources.settings, text); }
+    void setMains(const char *online) const
+    {
+        writeFile(sources.powerSupplies + "/AC/type", "Mains\n");
+        writeFile(sources.powerSupplies + "/AC/online", QByteArray(online) + '\n');
+        writeFile(sources.powerSupplies + "/BAT/type", "Battery\n");
+        writeFile(sources.powerSupplies + "/BAT/capacity", "50\n");
+    }
+
+    QTemporaryDir folder;
+    DeviceSources sources;
+    std::unique_ptr<DeviceTree> tree;
 };
 
-/** Reads the line as its readers do. */
-ApmLine parse(const QByteArray &line)
-{
-    ApmLine apm;
-    apm.fields = std::sscanf(line.constData(), "%*[^ ] %*d.%*d 0x%*x 0x%x 0x%x 0x%x %d%% %i %c", &apm.ac,
-                             &apm.status, &apm.flag, &apm.percent, &apm.seconds, &apm.unit);
-    return apm;
-}
+constexpr auto OnMains = "1.16 1.2 0x02 0x01 0x00 0xff 50% -1 ?\n";
+constexpr auto OnBattery = "1.16 1.2 0x02 0x00 0x00 0xff 50% -1 ?\n";
 
 } // namespace
 
@@ -44,74 +64,25 @@ class DeviceTreeTest : public QObject
 {
     Q_OBJECT
 private slots:
-    void apmLine_data();
-    void apmLine();
     void memoryHeader();
     void memoryHeaderOfNothing();
     void filesAreHonest();
     void checksumFollowsIdentity();
     void filesAreRefreshed();
+    void settingsNameTheIdentity();
+    void machineNamesTheRest();
+    void numberIsThatOfTheSettings();
+    void identityFollowsTheSettings();
+    void valuesAreOneLine_data();
+    void valuesAreOneLine();
+    void powerIsRefreshed();
+    void mountRefreshesAtOnce();
+    void fullDiskHeals();
+    void lostFileComesBack();
+    void filesAreReplacedWhole();
     void linkIsRenewed();
     void destructionTakesFilesAway();
 };
-
-void DeviceTreeTest::apmLine_data()
-{
-    QTest::addColumn<QList<Supply>>("supplies");
-    QTest::addColumn<int>("ac");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<int>("percent");
-    QTest::addColumn<int>("seconds");
-    const auto battery = [](const char *status, const char *capacity) {
-        return Supply{{"type", "Battery"}, {"status", status}, {"capacity", capacity}};
-    };
-    const Supply plugged{{"type", "Mains"}, {"online", "1"}}, unplugged{{"type", "Mains"}, {"online", "0"}};
-    const auto row = [](const char *name, const QList<Supply> &supplies, int ac, int status, int percent,
-                        int seconds = -1) {
-        QTest::newRow(name) << supplies << ac << status << percent << seconds;
-    };
-    row("no supply", {}, 1, 4, -1);
-    row("mains only", {plugged}, 1, 4, -1);
-    row("high", {battery("Discharging", "80"), unplugged}, 0, 0, 80);
-    row("just high", {battery("Discharging", "31")}, 0, 0, 31);
-    row("low", {battery("Discharging", "30")}, 0, 1, 30);
-    row("just low", {battery("Discharging", "11")}, 0, 1, 11);
-    row("very low", {battery("Discharging", "10")}, 0, 127, 10);
-    row("just very low", {battery("Discharging", "6")}, 0, 127, 6);
-    row("critical", {battery("Discharging", "5")}, 0, 2, 5);
-    row("charging", {battery("Charging", "42"), plugged}, 1, 3, 42);
-    row("full", {battery("Full", "100"), plugged}, 1, 0, 100);
-    row("discharging on the mains", {battery("Discharging", "50"), plugged}, 1, 0, 50);
-    row("USB supply", {battery("Discharging", "50"), Supply{{"type", "USB"}, {"online", "1"}}}, 1, 0, 50);
-    row("above 100", {battery("Discharging", "104")}, 0, 0, 100);
-    row("unknown charge", {battery("Discharging", "?")}, 0, 0, -1);
-    Supply timed = battery("Discharging", "50");
-    timed.insert("time_to_empty_now", "5400");
-    row("time left", {timed}, 0, 0, 50, 5400);
-    Supply mouse = battery("Discharging", "3");
-    mouse.insert("scope", "Device");
-    row("battery of a mouse", {mouse}, 1, 4, -1);
-    Supply absent = battery("Unknown", "0");
-    absent.insert("present", "0");
-    row("battery taken out", {absent, plugged}, 1, 4, -1);
-}
-
-void DeviceTreeTest::apmLine()
-{
-    QFETCH(QList<Supply>, supplies);
-    QTemporaryDir folder;
-    for (int i = 0; i < supplies.size(); ++i) {
-        for (auto file = supplies[i].cbegin(); file != supplies[i].cend(); ++file)
-            writeFile(folder.filePath(QString("supply%1/%2").arg(i).arg(file.key())), file.value());
-    }
-    const ApmLine apm = parse(DeviceTree::apmLine(folder.path()));
-    QCOMPARE(apm.fields, 6);
-    QTEST(int(apm.ac), "ac");
-    QTEST(int(apm.status), "status");
-    QTEST(apm.percent, "percent");
-    QTEST(apm.seconds, "seconds");
-    QCOMPARE(apm.unit, apm.seconds < 0 ? '?' : 's');
-}
 
 void DeviceTreeTest::memoryHeader()
 {
@@ -143,8 +114,8 @@ void DeviceTreeTest::filesAreHonest()
     const QList<QByteArray> memory = readFile(proc + "meminfo").split('\n')[1].simplified().split(' ');
     const double total = double(sysconf(_SC_PHYS_PAGES)) * double(sysconf(_SC_PAGESIZE));
     QVERIFY2(qAbs(memory.value(1).toDouble() - total) < 0.1 * total, memory.value(1));
-    QCOMPARE(parse(readFile(proc + "apm")).fields, 6);
-    QCOMPARE(readFile(proc + "deviceinfo/hardno"), QByteArray("0\n"));
+    QVERIFY(readFile(proc + "apm").startsWith("1.16 1.2 0x02 0x0"));
+    QVERIFY(!QFile::exists(proc + "deviceinfo/hardno"));
     QCOMPARE(readFile(proc + "deviceinfo/locale"), QByteArray("C\n"));
     QVERIFY(readFile(proc + "cpuinfo").startsWith("processor"));
 }
@@ -177,6 +148,164 @@ void DeviceTreeTest::filesAreRefreshed()
     QCOMPARE(ballast.back(), 'x');
 }
 
+void DeviceTreeTest::settingsNameTheIdentity()
+{
+    TreeFolder folder;
+    folder.setSettings("[Other]\nVendor = no\n[Identity]\nFormatVersion = 2.1\nVendor = A vendor\n"
+                       "Product = KY-3500\nNumber = 2\nLocale = ja\nCheckSum = abc\n");
+    folder.makeTree();
+    QCOMPARE(folder.identity("filever"), QByteArray("2.1\n"));
+    QCOMPARE(folder.identity("vendor"), QByteArray("A vendor\n"));
+    QCOMPARE(folder.identity("product"), QByteArray("KY-3500\n"));
+    QCOMPARE(folder.identity("hardno"), QByteArray("2\n"));
+    QCOMPARE(folder.identity("locale"), QByteArray("ja\n"));
+    QCOMPARE(folder.identity("checksum"), QByteArray("abc\n"));
+}
+
+void DeviceTreeTest::machineNamesTheRest()
+{
+    TreeFolder folder;
+    writeFile(folder.sources.firmware + "/sys_vendor", "Maker of machines\n");
+    writeFile(folder.sources.firmware + "/product_name", "Machine 7\n");
+    folder.setSettings("[Identity]\nVendor = Somebody\n");
+    folder.makeTree();
+    QCOMPARE(folder.identity("vendor"), QByteArray("Somebody\n"));
+    QCOMPARE(folder.identity("product"), QByteArray("Machine 7\n"));
+    QCOMPARE(folder.identity("filever"), QByteArray("1.0\n"));
+    QCOMPARE(folder.identity("locale"), QByteArray("C\n"));
+    const QByteArray sum = QCryptographicHash::hash("1.0SomebodyMachine 7C", QCryptographicHash::Md5).toHex();
+    QCOMPARE(folder.identity("checksum"), sum + '\n');
+}
+
+void DeviceTreeTest::numberIsThatOfTheSettings()
+{
+    TreeFolder folder;
+    folder.setSettings("[Identity]\nProduct = KY-3500\n");
+    folder.makeTree();
+    // Readers take the number of this file first, and go by the product only without it.
+    QVERIFY(!QFile::exists(folder.folder.filePath("files/deviceinfo/hardno")));
+    folder.setSettings("[Identity]\nProduct = KY-3500\nNumber = 7\n");
+    QTRY_COMPARE_WITH_TIMEOUT(folder.identity("hardno"), QByteArray("7\n"), 10000);
+    folder.setSettings("[Identity]\nProduct = KY-3500\n");
+    QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(folder.folder.filePath("files/deviceinfo/hardno")), 10000);
+}
+
+void DeviceTreeTest::identityFollowsTheSettings()
+{
+    TreeFolder folder;
+    folder.makeTree();
+    QCOMPARE(folder.identity("product"), QByteArray("\n"));
+    const QByteArray sum = folder.identity("checksum");
+    folder.setSettings("[Identity]\nProduct = KY-C100\n");
+    QTRY_COMPARE_WITH_TIMEOUT(folder.identity("product"), QByteArray("KY-C100\n"), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(folder.identity("checksum") != sum, 10000);
+    QVERIFY(QFile::remove(folder.sources.settings));
+    QTRY_COMPARE_WITH_TIMEOUT(folder.identity("product"), QByteArray("\n"), 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(folder.identity("checksum"), sum, 10000);
+}
+
+void DeviceTreeTest::valuesAreOneLine_data()
+{
+    QTest::addColumn<QByteArray>("value");
+    QTest::addColumn<QByteArray>("line");
+    const QByteArray kana = QString(200, QChar(0x3042)).toUtf8(); // three bytes each
+    const auto row = [](const char *name, const QByteArray &value, const QByteArray &line) {
+        QTest::newRow(name) << value << line;
+    };
+    row("carriage return", "one\rtwo", "one two\n");
+    row("zero byte", QByteArray("one\0two", 7), "one two\n");
+    row("511 bytes", QByteArray(511, 'x'), QByteArray(511, 'x') + '\n');
+    row("600 bytes", QByteArray(600, 'x'), QByteArray(511, 'x') + '\n');
+    row("600 bytes of kana", kana, kana.left(510) + '\n');
+    row("600 bytes that end within one", 'x' + kana, 'x' + kana.left(510) + '\n');
+    row("empty", "", "\n");
+}
+
+void DeviceTreeTest::valuesAreOneLine()
+{
+    QFETCH(QByteArray, value);
+    TreeFolder folder;
+    folder.setSettings("[Identity]\nProduct = " + value + "\nNumber = " + value + '\n');
+    folder.makeTree();
+    QTEST(folder.identity("product"), "line");
+    QTEST(folder.identity("hardno"), "line");
+}
+
+void DeviceTreeTest::powerIsRefreshed()
+{
+    TreeFolder folder;
+    folder.setMains("1");
+    folder.makeTree();
+    QCOMPARE(folder.value("apm"), QByteArray(OnMains));
+    folder.setMains("0");
+    QTRY_COMPARE_WITH_TIMEOUT(folder.value("apm"), QByteArray(OnBattery), 10000);
+}
+
+void DeviceTreeTest::mountRefreshesAtOnce()
+{
+    if (!canMount)
+        QSKIP("this machine allows no mounts of one's own");
+    TreeFolder folder;
+    folder.sources.refreshTime = 3600000; // so that it can't be this
+    folder.setMains("1");
+    folder.makeTree();
+    folder.setMains("0");
+    QTest::qWait(3 * KernelEvents::GatherTime);
+    QCOMPARE(folder.value("apm"), QByteArray(OnMains));
+    QTemporaryDir card;
+    const TmpfsMount mount(card.path());
+    QVERIFY(mount.isMounted());
+    QTRY_COMPARE_WITH_TIMEOUT(folder.value("apm"), QByteArray(OnBattery), 10000);
+}
+
+void DeviceTreeTest::fullDiskHeals()
+{
+    if (!canMount)
+        QSKIP("this machine allows no mounts of one's own");
+    TreeFolder folder;
+    QVERIFY(QDir().mkpath(folder.folder.filePath("files")));
+    const TmpfsMount disk(folder.folder.filePath("files"), "size=256k");
+    QVERIFY(disk.isMounted());
+    folder.setMains("1");
+    folder.makeTree();
+    QFile ballast(folder.folder.filePath("files/ballast"));
+    QVERIFY(ballast.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (ballast.write(QByteArray(4096, 'x')) > 0) {
+    }
+    LogCapture log;
+    folder.setMains("0");
+    QTRY_COMPARE_WITH_TIMEOUT(log.warnings().size(), 1, 10000);
+    QTest::qWait(5 * folder.sources.refreshTime);
+    QCOMPARE(log.warnings().size(), 1); // one for all files and times
+    QVERIFY2(log.warnings()[0].startsWith("kyplatformd: cannot write "), qPrintable(log.warnings()[0]));
+    QCOMPARE(folder.value("apm"), QByteArray(OnMains));
+    QVERIFY(ballast.remove());
+    QTRY_COMPARE_WITH_TIMEOUT(folder.value("apm"), QByteArray(OnBattery), 10000);
+}
+
+void DeviceTreeTest::lostFileComesBack()
+{
+    TreeFolder folder;
+    folder.setMains("1");
+    folder.makeTree();
+    QVERIFY(QDir(folder.folder.filePath("files")).removeRecursively());
+    QTRY_VERIFY_WITH_TIMEOUT(!folder.identity("checksum").isEmpty(), 10000);
+    QCOMPARE(folder.value("apm"), QByteArray(OnMains));
+    QVERIFY(folder.value("cpuinfo").size() > 1);
+}
+
+void DeviceTreeTest::filesAreReplacedWhole()
+{
+    TreeFolder folder;
+    folder.setMains("1");
+    folder.makeTree();
+    QFile before(folder.folder.filePath("files/apm"));
+    QVERIFY(before.open(QIODevice::ReadOnly));
+    folder.setMains("0");
+    QTRY_COMPARE_WITH_TIMEOUT(folder.value("apm"), QByteArray(OnBattery), 10000);
+    QCOMPARE(before.readAll(), QByteArray(OnMains));
+}
+
 void DeviceTreeTest::linkIsRenewed()
 {
     QTemporaryDir folder;
@@ -198,5 +327,11 @@ void DeviceTreeTest::destructionTakesFilesAway()
     QVERIFY(!QFile::exists(folder.filePath("files")));
 }
 
-QTEST_GUILESS_MAIN(DeviceTreeTest)
+int main(int argc, char **argv)
+{
+    canMount = enterMountNamespace();
+    QCoreApplication application(argc, argv);
+    DeviceTreeTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "devicetreetest.moc"

@@ -82,9 +82,9 @@ void KyPlatformDTest::treeIsCompleteWhenNameIsThere()
     PlatformService service;
     QVERIFY(service.isReady());
     QCOMPARE(QFile::symLinkTarget(procLink()), treeFolder());
-    for (const char *name : {"apm", "meminfo", "cpuinfo", "fs/jffs2/1f:03/reliable_free_size",
-                             "deviceinfo/filever", "deviceinfo/vendor", "deviceinfo/product",
-                             "deviceinfo/hardno", "deviceinfo/locale", "deviceinfo/checksum"})
+    for (const char *name :
+         {"apm", "meminfo", "cpuinfo", "fs/jffs2/1f:03/reliable_free_size", "deviceinfo/filever",
+          "deviceinfo/vendor", "deviceinfo/product", "deviceinfo/locale", "deviceinfo/checksum"})
         QVERIFY2(QFileInfo(procLink() + '/' + name).size() > 0, name);
 }
 
