@@ -55,10 +55,9 @@ QString freeText(const FileSystem &volume, bool internal)
 
 int usedPart(const FileSystem &volume, bool internal)
 {
-    const qint64 total = totalOf(volume);
-    return total > 0
-               ? int(FullScale - qBound<qint64>(0, freeOf(volume, internal) * FullScale / total, FullScale))
-               : 0;
+    const double total = double(totalOf(volume));
+    const double used = total - double(freeOf(volume, internal));
+    return total > 0 ? int(FullScale * qBound(0.0, used / total, 1.0)) : 0;
 }
 
 template <typename Widget> Widget *widgetAt(const QGridLayout &grid, int row, int column)
