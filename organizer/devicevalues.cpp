@@ -41,6 +41,12 @@ QString modelNumber()
     return number == 0 ? tr("unknown") : QString::number(number);
 }
 
+QString processor()
+{
+    constexpr const char *names[] = {QT_TRANSLATE_NOOP("DeviceValues", "other"), "StrongARM", "XScale"};
+    return tr(names[KyDeviceInfo::getCpuNumber()]);
+}
+
 QString locale()
 {
     return orUnknown(KyDeviceInfo::getLanguage());
@@ -109,6 +115,7 @@ const QList<DeviceValue> &DeviceValues::identity()
     static const QList<DeviceValue> values{{QT_TRANSLATE_NOOP("DeviceValues", "Model"), model},
                                            {QT_TRANSLATE_NOOP("DeviceValues", "Maker"), vendor},
                                            {QT_TRANSLATE_NOOP("DeviceValues", "Model number"), modelNumber},
+                                           {QT_TRANSLATE_NOOP("DeviceValues", "Processor"), processor},
                                            {QT_TRANSLATE_NOOP("DeviceValues", "Locale"), locale},
                                            {QT_TRANSLATE_NOOP("DeviceValues", "Format"), formatVersion}};
     return values;

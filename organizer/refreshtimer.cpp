@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr int Pace = 2000; // ms
+constexpr int Pace = 1000; // ms
 
 } // namespace
 

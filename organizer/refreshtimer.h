@@ -5,7 +5,7 @@
 
 class QWidget;
 
-/** Calls for new readings of the device every two seconds while a widget is to be seen, and at once when it
+/** Calls for new readings of the device every second while a widget is to be seen, and at once when it
  * comes to be. */
 class RefreshTimer : public QObject
 {

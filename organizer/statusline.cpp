@@ -2,8 +2,10 @@
 
 #include "kypowerstatusmanager.h"
 #include "powerstate.h"
+#include "qpeapplication.h"
 #include "refreshtimer.h"
 #include "resource.h"
+#include "timestring.h"
 
 #include <QDateTime>
 #include <QHBoxLayout>
@@ -15,10 +17,9 @@ namespace {
 QString timeText()
 {
     const QDateTime now = QDateTime::currentDateTime();
-    const QLocale locale;
-    return locale.toString(now.date(), QStringLiteral("ddd ")) +
-           locale.toString(now.date(), QLocale::ShortFormat) + QStringLiteral("  ") +
-           locale.toString(now.time(), QLocale::ShortFormat);
+    return QLocale().toString(now.date(), QStringLiteral("ddd ")) +
+           TimeString::numberDateString(now.date(), TimeString::currentDateFormat()) + QStringLiteral("  ") +
+           TimeString::timeString(now.time(), TimeString::currentAmPm());
 }
 
 } // namespace
@@ -35,6 +36,8 @@ StatusLine::StatusLine(QWidget *parent)
     layout->addWidget(m_power, 1);
     layout->addWidget(m_time);
     connect(new RefreshTimer(this), &RefreshTimer::due, this, &StatusLine::refresh);
+    if (const auto *application = qobject_cast<QPEApplication *>(qApp))
+        connect(application, &QPEApplication::clockChanged, this, &StatusLine::refresh);
     refresh();
 }
 
