@@ -73,7 +73,6 @@ SettingsPage::SettingsPage(QWidget *parent)
     setWidget(contents);
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     connect(new RefreshTimer(this), &RefreshTimer::due, this, &SettingsPage::refresh);
     refresh();
 }

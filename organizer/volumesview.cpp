@@ -95,7 +95,9 @@ void VolumesView::fill()
         m_grid->addWidget(picture, row, Picture);
         m_grid->addWidget(new QLabel(volume->uiName()), row, Name);
         m_grid->addWidget(bar, row, Fill);
-        m_grid->addWidget(new QLabel, row, Free);
+        auto *free = new QLabel;
+        free->setWordWrap(true);
+        m_grid->addWidget(free, row, Free);
         ++row;
     }
     refresh();
