@@ -137,11 +137,11 @@ QString widthKey(int column, bool landscape)
     return QStringLiteral("pcolw%1%2").arg(column).arg(landscape ? QLatin1String("_w") : QLatin1String("_h"));
 }
 
-/** The width that the user has set, 0 for none. */
+/** The width that the user has set; 0 or less for none. */
 qint64 keptWidth(const Config *config, int column)
 {
     const qint64 units = config ? config->readNumEntry(widthKey(column, KyMisc::isLandscape()), 0) : 0;
-    return units > 0 ? units * KyMisc::getResolutionScale() : 0;
+    return units * KyMisc::getResolutionScale();
 }
 
 void setWidths(KyColumnList &list, const QWidget *widget, const ColumnInfos &columns, const Config *config)

@@ -33,6 +33,7 @@ public:
     int exec() override;
 
 signals:
+    /** The box, or a part of it, was painted. */
     void painted(QPrivateSignal);
 
 protected:

@@ -14,11 +14,18 @@ public:
     explicit FileList(int columns) : widths(columns, 1) {}
 
     [[nodiscard]] int columnCount() const override { return static_cast<int>(widths.size()); }
-    [[nodiscard]] int columnWidth(int column) const override { return widths.at(column); }
-    void setColumnWidth(int column, int width) override { widths[column] = width; }
+    [[nodiscard]] int columnWidth(int column) const override { return widths.value(column, 99); }
+    void setColumnWidth(int column, int width) override
+    {
+        if (column < columnCount())
+            widths[column] = width;
+        else
+            ++strays;
+    }
     void adjustContentsSize() override { adjustedWidths.append(widths); }
 
     QList<int> widths;
+    int strays = 0;                   ///< widths set of columns that it hasn't
     QList<QList<int>> adjustedWidths; ///< the widths at each adjustment
 };
 
@@ -288,6 +295,7 @@ void ColumnWidthTest::columnsThatTheWidgetHasNot()
     FileList list(1);
     KyMisc::setListColumnsWidth(&list, {stretch(1), stretch(3)}, nullptr);
     QCOMPARE(list.widths, QList<int>{50});
+    QCOMPARE(list.strays, 0);
 }
 
 void ColumnWidthTest::noColumns()

@@ -634,8 +634,11 @@ void KyLogTest::nothingIsInherited()
         return count;
     };
     const int before = inheritable();
-    const KyLog log(KyLog::ErrorToFile | KyLog::OutputToError, name().constData(), -1);
-    const int meanwhile = inheritable();
+    int meanwhile = 0;
+    {
+        const KyLog log(KyLog::ErrorToFile | KyLog::OutputToError, name().constData(), -1);
+        meanwhile = inheritable();
+    }
     QCOMPARE(meanwhile, before);
 }
 

@@ -66,6 +66,8 @@ template <typename Widget> Widget *widgetWithFont(int points, QWidget *parent = 
 class DerivedComboBox : public QComboBox
 {
     Q_OBJECT
+public:
+    using QComboBox::QComboBox;
 };
 
 } // namespace
@@ -304,7 +306,6 @@ void LayoutTest::derivedComboBoxIsEntered()
 
 void LayoutTest::childrenOfChildrenAreVisited()
 {
-    QObject root;
     QWidget window;
     auto *group = widgetWithFont<QGroupBox>(10, &window);
     auto *line = widgetWithFont<QLineEdit>(10, group);

@@ -110,6 +110,10 @@ void DesktopSizeTest::environmentIsReadAtEachCall()
 
 void DesktopSizeTest::maximizedIsWhatAMaximizedWindowGets()
 {
+    if (QGuiApplication::platformName() == "xcb") { // with no window manager there are no frames
+        QCOMPARE(QPEApplication::maximizedSize(), QGuiApplication::primaryScreen()->availableSize());
+        return;
+    }
     QWidget window;
     window.showMaximized();
     QTRY_COMPARE_WITH_TIMEOUT(window.size(), QPEApplication::maximizedSize(), 10000);
