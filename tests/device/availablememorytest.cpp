@@ -104,6 +104,7 @@ void AvailableMemoryTest::memoryIsSummedUp_data()
     row("beyond the largest result", memoryFile(memoryLine(Unknown + 2049LL, 0, 0)), Unknown);
     row("64 bits", memoryFile("Mem: 1 1 18446744073709551615 1 18446744073709551615 18446744073709551615\n"),
         Unknown);
+    row("65 bits", memoryFile("Mem: 1 1 18446744073709551616 1 0 0\n"), Unknown);
     row("1000 digits", memoryFile("Mem: 1 1 " + QByteArray(900, '9') + " 1 0 0\n"), Unknown);
     row("tabs and runs of blanks", memoryFile("  Mem:\t1   2\t5120000 4   0  0\n"), 5000 - 2048);
     row("short line", memoryFile("Mem: 1 1 5120000\n"), 5000 - 2048);
@@ -153,6 +154,7 @@ void AvailableMemoryTest::storageIsInKilobytes_data()
     row("more than 32 bits", "68719476736\n", 64 << 20);
     row("largest that is known", "2199023253504\n", Unknown - 1);
     row("beyond the largest", "2199023256576\n", Unknown);
+    row("65 bits", "18446744073709551616\n", Unknown);
     row("32 digits", QByteArray(32, '9'), Unknown);
     row("32 digits that are small", QByteArray(28, '0') + "4096", 4);
     row("what follows 32 bytes doesn't count", QByteArray(28, '0') + "409600", 4);
