@@ -185,14 +185,16 @@ public:
     [[nodiscard]] static int getFontPointSize(int logicalSize);
     /** Goes one logical size up or down, unless the range ends there, and checks its item. */
     static void toggleFontSize(QMenu *menu, int &logicalSize, bool larger);
-    /** Goes one size of insertAllFontMenu() up or down, unless the list ends there, and checks its item. */
+    /** Goes one size of insertAllFontMenu() up or down, unless the list ends there, and checks its item. A
+     * size that isn't in the list stays as it is. */
     static void toggleAllFontSize(QMenu *menu, int *pointSize, bool larger);
 
     /** @}
      * @name Columns of lists
-     * For a QTreeWidget, or a widget that is a KyColumnList; others are left alone, with a debug line. The
-     * widths that a user has set are kept in the current group of a Config, in units of the scale, one key a
-     * column and orientation: "pcolw0_w" is the first column in landscape, "pcolw0_h" in portrait.
+     * For a QTreeWidget, or a widget that is a KyColumnList; others are left alone, with a debug line.
+     * Columns that the widget hasn't are passed over; a width set lies between 0 and 32767 pixels. The widths
+     * that a user has set are kept in the current group of a Config, in units of the scale, one key a column
+     * and orientation: "pcolw0_w" is the first column in landscape, "pcolw0_h" in portrait.
      * @{ */
 
     /** How the width of a column is found. */

@@ -2,6 +2,8 @@
 #include "kycolumnlist.h"
 #include "kymisc.h"
 #include <algorithm>
+#include <cstdlib>
+#include <limits>
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QTreeWidget>
@@ -37,8 +39,8 @@ void TreeColumns::setColumnWidth(int column, int width)
     m_tree->setColumnWidth(column, width);
 }
 
-/** Calls @p work with the columns of a widget, if that has any. */
-template <typename Work> void withColumnsOf(QWidget *widget, Work work)
+/** Calls @p work with the columns of a widget. @return false when it has none that we know */
+template <typename Work> bool withColumnsOf(QWidget *widget, Work work)
 {
     if (auto *tree = qobject_cast<QTreeWidget *>(widget)) {
         TreeColumns columns(tree);
@@ -46,9 +48,16 @@ template <typename Work> void withColumnsOf(QWidget *widget, Work work)
     } else if (auto *list = dynamic_cast<KyColumnList *>(widget)) {
         work(*list);
     } else {
-        qDebug("KyMisc::setListColumnsWidth() doesn't accept %s",
-               widget ? widget->metaObject()->className() : "null");
+        return false;
     }
+    return true;
+}
+
+/** The same line from every operation. */
+void refuse(const QWidget *widget)
+{
+    qDebug("KyMisc::setListColumnsWidth() doesn't accept %s",
+           widget ? widget->metaObject()->className() : "null");
 }
 
 /** Finds the widths of columns by their rules. */
@@ -161,7 +170,8 @@ void writeWidths(const KyColumnList &list, const ColumnInfos &columns, bool land
 void KyMisc::setListColumnsWidth(QWidget *widget, const QList<KyMisc::KyListColumnInfo> &columns,
                                  Config *config)
 {
-    withColumnsOf(widget, [&](KyColumnList &list) { setWidths(list, widget, columns, config); });
+    if (!withColumnsOf(widget, [&](KyColumnList &list) { setWidths(list, widget, columns, config); }))
+        refuse(widget);
 }
 
 void KyMisc::setListColumnsWidth(QWidget *widget, const QList<KyMisc::KyListColumnInfo> &columns,
@@ -173,10 +183,12 @@ void KyMisc::setListColumnsWidth(QWidget *widget, const QList<KyMisc::KyListColu
 void KyMisc::writeListColumnsWidth(QWidget *widget, const QList<KyMisc::KyListColumnInfo> &columns,
                                    bool landscape, Config *config)
 {
-    withColumnsOf(widget, [&](const KyColumnList &list) {
+    const auto write = [&](const KyColumnList &list) {
         if (config)
             writeWidths(list, columns, landscape, config);
-    });
+    };
+    if (!withColumnsOf(widget, write))
+        refuse(widget);
 }
 
 void KyMisc::writeListColumnsWidth(QWidget *widget, const QList<KyMisc::KyListColumnInfo> &columns,

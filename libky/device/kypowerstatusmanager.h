@@ -31,11 +31,12 @@ public:
                              KyPowerStatus::BatteryStatus &battery, int &percent, int &seconds,
                              bool &accurate, bool &exists);
 
-private:
-    KyPowerStatusManager() = default;
-
+    /** The manager, and what it fills; both null before the first readStatus(). */
     static KyPowerStatusManager *kyPowerManager;
     static KyPowerStatus *kyPs;
+
+private:
+    KyPowerStatusManager() = default;
 };
 
 #endif
