@@ -1,5 +1,6 @@
 #include "fepconf.h"
 #include "descriptor_p.h"
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
