@@ -1,5 +1,6 @@
 #include "fepconf.h"
 #include "descriptor_p.h"
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -82,11 +83,24 @@ bool goTo(int fd, size_t offset)
     return ::lseek(fd, off_t(offset), SEEK_SET) == off_t(offset);
 }
 
-bool writeDefaultsWith(int item, int value)
+/** For a file that can't be read. When another process has made it since, what it wrote stays. */
+void writeDefaults()
 {
     FepModes modes = DefaultModes;
+    const int fd = FepConf::readLockOpenFepModeConfigFile(modes.data());
+    if (fd >= 0)
+        FepConf::writeUnLockCloseFepModeConfigFile(fd, modes.data());
+    else
+        FepConf::writeFepModeConfigFile(modes.data());
+}
+
+/** For a file that can't be opened: makes it. The same holds. */
+bool makeFileWith(int item, int value)
+{
+    FepModes modes = DefaultModes;
+    const int fd = FepConf::readLockOpenFepModeConfigFile(modes.data());
     modes[size_t(item)] = value;
-    return FepConf::writeFepModeConfigFile(modes.data());
+    return FepConf::writeUnLockCloseFepModeConfigFile(fd, modes.data());
 }
 
 } // namespace
@@ -119,8 +133,7 @@ bool FepConf::readFepModeConfigFileItem(int item, int *value)
         return false;
     FepModes modes = DefaultModes;
     if (!readFepModeConfigFile(modes.data())) {
-        modes = DefaultModes;
-        writeFepModeConfigFile(modes.data());
+        writeDefaults();
         *value = 0;
         return false;
     }
@@ -134,7 +147,7 @@ bool FepConf::writeFepModeConfigFileItem(int item, int value)
         return false;
     const Descriptor file(openLocked(O_WRONLY, LOCK_EX));
     if (file.get() < 0)
-        return writeDefaultsWith(item, value);
+        return makeFileWith(item, value);
     return goTo(file.get(), size_t(item) * ItemSize) && writeBytes(file.get(), &value, ItemSize);
 }
 

@@ -8,7 +8,7 @@
  * The mode settings of the Japanese input method, which it and the applications share in one file,
  * $HOME/Settings/fepmode.ja.conf: 64 bytes, 16 items of 32 bits in the machine's byte order. What the items
  * mean is the input method's affair. `flock` guards the file: the calls wait for each other, in other
- * processes too.
+ * processes too. Each call takes the file over for the user and the group of its process, if it may.
  *
  * Arrays of items have 16 elements. Calls with an item outside 0 to 15 are false and change nothing.
  */
@@ -29,16 +29,18 @@ public:
     /** Writes all items; makes the file when it is missing. */
     static bool writeFepModeConfigFile(int *items);
 
-    /** Reads one item. @return false, with @p value 0, when there is no file; one with the defaults is made
-     */
+    /** Reads one item. @return false, with @p value 0, when there is no file or it can't be read; one with
+     * the defaults is put there */
     static bool readFepModeConfigFileItem(int item, int *value);
     /** Writes one item; when there is no file, one is made with the defaults for the others. */
     static bool writeFepModeConfigFileItem(int item, int value);
-    /** Makes an item that is 0 become 1, and any other 0; makes the file when it is missing. */
+    /** Makes an item that is 0 become 1, and any other 0; makes the file when it is missing. One that can't
+     * be read gets the defaults, and the result is false. */
     static bool toggleFepModeConfigFileItem(int item);
 
     /**
-     * Begins a change of several items, and keeps the file locked until one of the two calls below.
+     * Begins a change of several items, and keeps the file locked until one of the two calls below. Any other
+     * call before that, in this process too, waits for ever.
      * @return a descriptor for them, -1 on failure
      */
     [[nodiscard]] static int readLockOpenFepModeConfigFile(int *items);

@@ -12,13 +12,18 @@ public:
 
     /**
      * Switches the front-end processor on or off and sets its mode. Does nothing where there is none
-     * (QPEApplication::qwsGetFepIF()).
+     * (QPEApplication::qwsGetFepIF()). The messages on "QPE/TaskBar" are `inputFepOnReq` or `inputFepOffReq`,
+     * where there is something to switch, and `inputFepModeChangedReq()` with the mode as an int.
      * @param mode a number of the input method's own
      */
     static void setInputMode(int mode, bool on);
     static void showInputMethod();
     static void hideInputMethod();
-    /** Chooses the input method of that name, such as "Keyboard". */
+    /**
+     * Chooses the input method of that name, such as "Keyboard": the message `changeInputMethod()` on
+     * "QPE/TaskBar" with the name as a `const char *`, which is in 32 bits the number of its bytes in UTF-8
+     * and one more, the bytes, and a zero byte.
+     */
     static void changeInputMethod(const QString &name);
     /** showInputMethod() on a device that is written on (KyMisc::defaultInputDevice() is 2). */
     static void autoShowInputMethod();

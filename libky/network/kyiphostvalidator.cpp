@@ -1,4 +1,6 @@
 #include "kyiphostvalidator.h"
+#include <algorithm>
+#include <iterator>
 #include <QWidget>
 
 namespace {

@@ -1,4 +1,5 @@
 #include "kyipvalidator.h"
+#include <algorithm>
 #include <QWidget>
 
 namespace {

@@ -1,6 +1,7 @@
 #include "kylineedit.h"
 #include "jpnfep.h"
 #include "kylineedit_p.h"
+#include <iterator>
 #include <optional>
 
 namespace {

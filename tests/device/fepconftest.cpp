@@ -3,8 +3,10 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstdarg>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <functional>
 #include <linux/capability.h>
 #include <QApplication>
 #include <QDir>
@@ -39,12 +41,27 @@ struct Fault
 thread_local Fault readFault, writeFault, lockFault, ownerFault;
 thread_local QList<QPair<uid_t, gid_t>> owners; // that fchown() was called with
 
+thread_local std::function<void()> afterMissing; // called once, when open() has found no file
+
 template <typename Function> Function *nextDefinition(const char *name)
 {
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
 } // namespace
+
+extern "C" Q_DECL_EXPORT int open(const char *path, int flags, ...)
+{
+    static const auto next = nextDefinition<int(const char *, int, ...)>("open");
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & O_CREAT) ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    const int fd = next(path, flags, mode);
+    if (fd < 0 && errno == ENOENT && afterMissing)
+        std::exchange(afterMissing, nullptr)();
+    return fd;
+}
 
 extern "C" Q_DECL_EXPORT ssize_t read(int fd, void *buffer, size_t size)
 {
@@ -281,6 +298,8 @@ private slots:
     void writingAnItemMakesAnAbsentFile();
     void toggleMakesAnAbsentFile();
     void transactionMakesAnAbsentFile();
+    void fileOfAnotherProcessStays_data();
+    void fileOfAnotherProcessStays();
     void newFileIsForAll();
     void withoutHomeNothingIsMade();
 
@@ -332,6 +351,7 @@ void FepConfTest::init()
 void FepConfTest::cleanup()
 {
     readFault = writeFault = lockFault = ownerFault = Fault{};
+    afterMissing = nullptr;
 }
 
 void FepConfTest::pathIsInTheSettings()
@@ -392,6 +412,27 @@ void FepConfTest::transactionMakesAnAbsentFile()
     QCOMPARE(items, defaults());
     QVERIFY(FepConf::writeUnLockCloseFepModeConfigFile(fd, items.data()));
     QCOMPARE(contents(), bytesOf(defaults()));
+}
+
+void FepConfTest::fileOfAnotherProcessStays_data()
+{
+    QTest::addColumn<bool>("writes");
+    QTest::newRow("reading an item") << false;
+    QTest::newRow("writing an item") << true;
+}
+
+/** The file comes right after it was found to be missing. */
+void FepConfTest::fileOfAnotherProcessStays()
+{
+    QFETCH(bool, writes);
+    afterMissing = [] { fill(bytesOf(numbers())); };
+    int value = 7;
+    if (writes)
+        QVERIFY(FepConf::writeFepModeConfigFileItem(2, 5));
+    else
+        QVERIFY(!FepConf::readFepModeConfigFileItem(2, &value));
+    QVERIFY(!afterMissing);
+    QCOMPARE(contents(), bytesOf(writes ? with(numbers(), 2, 5) : numbers()));
 }
 
 void FepConfTest::newFileIsForAll()

@@ -1,7 +1,8 @@
 #include "global.h"
 #include "channellistener.h"
 #include "qpeapplication.h"
-#include <QTemporaryDir>
+#include <QDir>
+#include <QProcess>
 #include <QTest>
 
 using Messages = QList<ChannelListener::Message>;
