@@ -798,11 +798,13 @@ void ColorTableTest::stylusBesideASmallTableIsOutside()
     table.horizontalScrollBar()->setValue(Width);
     table.verticalScrollBar()->setValue(Height);
     const QSize room = table.viewport()->size();
+    Signals heard(&table);
     for (const QPoint &position :
          {QPoint(-1, 5), QPoint(5, -1), QPoint(room.width(), 5), QPoint(5, room.height())}) {
         table.setCurrent(2, 2);
-        drag(table, position);
-        QCOMPARE(markedCell(table), None);
+        press(table, position);
+        QTest::mouseRelease(table.viewport(), Qt::LeftButton, {}, position);
+        QCOMPARE(heard.taken(), QStringList()); // also of the cells that are out of view there
     }
 }
 
