@@ -155,6 +155,13 @@ void clickCharacter(const QTextBrowser &browser, int character)
     QTest::mouseClick(browser.viewport(), Qt::LeftButton, {}, placeOf(browser, character));
 }
 
+/** Any number of a key: QTest knows today's only. */
+void press(QWidget &widget, int key, Qt::KeyboardModifiers modifiers)
+{
+    QKeyEvent event(QEvent::KeyPress, key, modifiers);
+    QCoreApplication::sendEvent(&widget, &event);
+}
+
 QStringList shownLinks(const QTextBrowser &browser)
 {
     QStringList links;
@@ -529,13 +536,13 @@ void HyperTextTest::keysScrollByALine()
     browser.setHyperText(text, 0);
     const int line = browser.fontMetrics().lineSpacing();
     const auto position = [&browser] { return browser.verticalScrollBar()->value(); };
-    QTest::keyClick(&browser, Qt::Key(up), modifiers);
+    press(browser, up, modifiers);
     QCOMPARE(position(), 0);
-    QTest::keyClick(&browser, Qt::Key(down), modifiers);
+    press(browser, down, modifiers);
     QCOMPARE(position(), line);
-    QTest::keyClick(&browser, Qt::Key(down), modifiers);
+    press(browser, down, modifiers);
     QCOMPARE(position(), 2 * line);
-    QTest::keyClick(&browser, Qt::Key(up), modifiers);
+    press(browser, up, modifiers);
     QCOMPARE(position(), line);
 }
 
