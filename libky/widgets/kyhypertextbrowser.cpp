@@ -110,9 +110,9 @@ void KyHyperTextBrowser::doSetSource(const QUrl &name, QTextDocument::ResourceTy
 
 QVariant KyHyperTextBrowser::loadResource(int type, const QUrl &)
 {
+    // For want of something the rich text would load the file by itself.
     if (type != QTextDocument::ImageResource)
-        return {};
-    // For want of a picture the rich text would load the file by itself.
+        return QByteArray("");
     QImage nothing(1, 1, QImage::Format_ARGB32_Premultiplied);
     nothing.fill(Qt::transparent);
     return nothing;

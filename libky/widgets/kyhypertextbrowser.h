@@ -68,7 +68,8 @@ protected:
     /** Up and down scroll by a line. */
     void keyPressEvent(QKeyEvent *event) override;
     void doSetSource(const QUrl &name, QTextDocument::ResourceType type) override; ///< as setSource()
-    QVariant loadResource(int type, const QUrl &name) override; ///< an invisible picture, and nothing else
+    QVariant loadResource(int type,
+                          const QUrl &name) override; ///< an invisible picture or an empty file, always
 };
 
 #endif
