@@ -54,7 +54,7 @@ TaskBar::TaskBar(const QDBusConnection &session, QObject *parent)
 {
     connect(&m_channel, &QCopChannel::received, this, &TaskBar::handleMessage);
     connect(&m_senders, &SenderWatch::ended, this, &TaskBar::unlock);
-    keepState();
+    m_state.write();
 }
 
 TaskBar::~TaskBar()
@@ -78,7 +78,7 @@ void TaskBar::handleMessage(const QByteArray &message, const QByteArray &data)
         return;
     qDebug("kyplatformd: input method \"%s\", mode %d, %s, %s", qUtf8Printable(m_state.method), m_state.mode,
            m_state.on ? "on" : "off", m_state.visible ? "shown" : "hidden");
-    keepState();
+    m_state.write();
 }
 
 void TaskBar::setSwitch(const QByteArray &message)
@@ -127,12 +127,4 @@ void TaskBar::unlock(const QByteArray &sender)
 {
     if (m_locks.remove(sender))
         qDebug("kyplatformd: %s unlocks the task bar", sender.constData());
-}
-
-void TaskBar::keepState()
-{
-    const bool kept = m_state.write();
-    if (!kept && m_kept) // once, and not again for each change
-        qWarning("kyplatformd: cannot write %s", qUtf8Printable(FepState::file()));
-    m_kept = kept;
 }

@@ -32,13 +32,11 @@ private:
     void setMethod(QCopArguments &arguments);
     void setLock(QCopArguments &arguments);
     void unlock(const QByteArray &sender);
-    void keepState();
 
     QCopChannel m_channel;
     SenderWatch m_senders;
     QSet<QByteArray> m_locks; ///< senders
     FepState m_state;
-    bool m_kept = true; ///< the last writing succeeded
 };
 
 #endif

@@ -34,6 +34,7 @@ inline int childMain(int argc, char **argv)
     ChildInput input([](const QByteArray &line) {
         const QList<QByteArray> parts = line.split(' ');
         QCopChannel::send(parts.value(0), parts.value(1), QByteArray::fromHex(parts.value(2)));
+        SessionBus::flush(); // it may be the last thing that this process does
     });
     return QCoreApplication::exec();
 }

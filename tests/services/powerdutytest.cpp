@@ -375,7 +375,7 @@ void PowerDutyTest::modeOfSenderThatEndedBeforeIsReleased()
     sender.write("QPE/System setScreenSaverMode(int) " + dataOf(qint32(2)).toHex() + '\n');
     sender.closeWriteChannel();
     QVERIFY(sender.waitForFinished()); // without an event of this process
-    SessionBus::flush();
+    SessionBus::flush();               // the bus has seen the end
     QTRY_COMPARE(m_login->asked, QStringList{"sleep:idle"});
     QTRY_COMPARE(state(), "");
 }
@@ -642,6 +642,7 @@ void PowerDutyTest::endOfDutyLetsGoOfEverything()
     sendMode(2);
     sendMode(300);
     QTRY_COMPARE(state(), "sleep:idle saver");
+    settleAll(); // the answers have arrived, too
     m_duty.reset();
     QTRY_COMPARE(state(), "");
 }
