@@ -80,21 +80,13 @@ QByteArray configuredAddress()
 }
 
 /** The first listed address at which a bus answers; empty when there is none. */
-QByteArray liveAddress()
+QByteArray liveAddress(const QByteArray &addresses)
 {
-    for (const QByteArray &address : configuredAddress().split(';')) {
+    for (const QByteArray &address : addresses.split(';')) {
         if (answers(address))
             return address;
     }
     return {};
-}
-
-QDBusConnection openConnection()
-{
-    const QString name = QStringLiteral("ky");
-    const QByteArray address = liveAddress();
-    return address.isEmpty() ? QDBusConnection(name)
-                             : QDBusConnection::connectToBus(QString::fromLatin1(address), name);
 }
 
 QDBusMessage callToBus(const QString &method, const QVariantList &arguments)
@@ -136,8 +128,15 @@ namespace SessionBus {
 
 QDBusConnection connection()
 {
-    static const QDBusConnection bus = openConnection();
+    static const QDBusConnection bus = open(configuredAddress(), QStringLiteral("ky"));
     return bus;
+}
+
+QDBusConnection open(const QByteArray &addresses, const QString &name)
+{
+    const QByteArray address = liveAddress(addresses);
+    return address.isEmpty() ? QDBusConnection(name)
+                             : QDBusConnection::connectToBus(QString::fromLatin1(address), name);
 }
 
 bool isAvailable()

@@ -21,6 +21,10 @@ namespace SessionBus {
 /** The connection; not connected when isAvailable() is false. */
 [[nodiscard]] KY_EXPORT QDBusConnection connection();
 
+/** A connection to another bus, under the same conditions. @param addresses as a bus is told of in the
+ * environment, separated by semicolons @return one that is not connected when there is no bus that answers */
+[[nodiscard]] KY_EXPORT QDBusConnection open(const QByteArray &addresses, const QString &name);
+
 /** "h" and 16 hexadecimal digits that stand for HOME. */
 [[nodiscard]] KY_EXPORT QString profile();
 

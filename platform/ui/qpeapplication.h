@@ -27,7 +27,8 @@ class KY_EXPORT QPEApplication : public QApplication
     Q_OBJECT
 public:
     /**
-     * When the device root's files are kept by kyplatformd, waits until that is ready, at most 2 s.
+     * Has the session bus start kyplatformd where none serves this HOME. When the device root's files are
+     * kept by kyplatformd, waits until that is ready, at most 2 s.
      *
      * @param name name of the application, distinct for each; the base name of the program file when empty
      */

@@ -2,7 +2,10 @@
 
 #include "boxwatch.h"
 #include "devicetree.h"
+#include "fileserver.h"
+#include "powerduty.h"
 #include "sessionbus_p.h"
+#include "taskbar.h"
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
@@ -60,12 +63,21 @@ std::unique_ptr<DeviceTree> makeTree()
     return std::make_unique<DeviceTree>(root, runtime + "/ky-" + SessionBus::profile() + "/proc");
 }
 
+/** The bus of the whole machine; not connected where there is none. */
+QDBusConnection systemBus()
+{
+    const QByteArray address = qgetenv("DBUS_SYSTEM_BUS_ADDRESS");
+    const QByteArray usual = "unix:path=/var/run/dbus/system_bus_socket";
+    return SessionBus::open(address.isEmpty() ? usual : address, QStringLiteral("ky-system"));
+}
+
 void readOptions(const QCoreApplication &application)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
         "Stands in for the device's other processes: keeps the files of the device "
-        "root and watches over lent boxes.");
+        "root, watches over lent boxes and sees to what "
+        "applications ask of the device.");
     parser.addHelpOption();
     parser.addVersionOption();
     parser.process(application);
@@ -95,6 +107,10 @@ int main(int argc, char **argv)
     if (tree && !tree->create())
         return 1;
     const BoxWatch watch;
+    const QDBusConnection session = SessionBus::connection(), system = systemBus();
+    const PowerDuty power(system, session);
+    const FileServer fileServer(system, session);
+    const TaskBar taskBar(session);
     SessionBus::requestName("org.ky.Platform", true); // of whichever profile; the bus starts us by it
     SessionBus::requestName(SessionBus::serviceName("platform"), false); // tells that all is ready
     return QCoreApplication::exec();

@@ -212,6 +212,9 @@ void PowerSuppliesTest::twoBatteries_data()
     addColumns();
     row("by energy", {energyBattery("Discharging", 10, 20, 15), energyBattery("Not charging", 50, 60)},
         Offline, High, 75, 14400);
+    row("what rests gives nothing",
+        {energyBattery("Discharging", 10, 20, 15), energyBattery("Unknown", 50, 60, 5)}, Offline, High, 75,
+        14400);
     row("both discharge",
         {energyBattery("Discharging", 10, 20, 15), energyBattery("Discharging", 50, 60, 15)}, Offline, High,
         75, 7200);
