@@ -2,6 +2,7 @@
 #include <QGuiApplication>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QWidget>
 
 namespace {
 
