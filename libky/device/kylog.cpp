@@ -43,12 +43,24 @@ int nextNumber(const QByteArray &base)
     return number;
 }
 
-/** Anyone may have planted something by that name in /tmp: a link is not followed, and a pipe that nobody
- * reads is not waited for. */
+/** False for a second name of some other file of this user. */
+bool isOwnFile(int file)
+{
+    struct stat status;
+    return fstat(file, &status) == 0 && status.st_uid == geteuid() && status.st_nlink == 1;
+}
+
+/** Anyone may have planted something by that name in /tmp: a link is not followed, a pipe not waited for, and
+ * nothing overwritten but a log of this user's. @return -1 when there is no file */
 int createFile(const QByteArray &path)
 {
-    return open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
-                FileMode);
+    const int file =
+        open(path.constData(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, FileMode);
+    if (file >= 0 && isOwnFile(file) && ftruncate(file, 0) == 0) // only a plain file can be cut
+        return file;
+    if (file >= 0)
+        close(file);
+    return -1;
 }
 
 /** A copy that programs started meanwhile don't inherit; -1 when the descriptor is closed. */
@@ -114,19 +126,29 @@ void restore(int saved, int descriptor)
 
 KyLog::KyLog(LogMode mode, const char *name, int level) : enabledBefore(Level != 0)
 {
-    if (mode == Silence) {
+    switch (mode) {
+    case Silence:
         Level = -1;
         savedStderr = errorToNothing();
+        break;
+    case NoteOnly:
+        break;
+    case SetLevel:
+        if (level >= 0)
+            Level = level;
+        break;
+    default:
+        redirect(mode, name);
     }
-    if (mode == SetLevel && level >= 0)
-        Level = level;
-    if (mode <= SetLevel)
-        return;
-    if (mode & ErrorToFile)
+}
+
+void KyLog::redirect(LogMode modes, const char *name)
+{
+    if (modes & ErrorToFile)
         savedStderr = errorToFile(name);
-    if (mode & OutputToError)
+    if (modes & OutputToError)
         savedStdout = outputToError();
-    if (mode & DefaultHandler)
+    if (modes & DefaultHandler)
         savedHandler = qInstallMessageHandler(nullptr);
 }
 

@@ -18,7 +18,7 @@
 class KY_EXPORT KyLog
 {
 public:
-    /** What the object does: one of the first three, or a set of the others. */
+    /** What the object does: one of the first three; any other number is a set of the others. */
     enum LogMode {
         Silence = -2,       ///< standard error goes to nothing, Level is -1
         NoteOnly = -1,      ///< remembers whether Level was 0
@@ -52,6 +52,8 @@ private:
     int savedStderr = -1;
     int savedStdout = -1;
     QtMessageHandler savedHandler = nullptr;
+
+    void redirect(LogMode modes, const char *name);
 };
 
 /** A set of modes. */

@@ -132,7 +132,7 @@ public:
     /** @} @name Messages and keys @{ */
 
     /**
-     * Shows a message box for a time, and returns when that is over.
+     * Shows a modal message box for a time, and returns when that is over. Events are handled meanwhile.
      * @param timeout in tenths of a second; the box stands at least that long
      * @param button0 first button, as QMessageBox::StandardButton or 1 OK, 2 Cancel, 3 Yes, 4 No, 5 Abort,
      *                6 Retry, 7 Ignore, 8 Yes to All, 9 No to All, with 0x100 added for the default button

@@ -43,7 +43,7 @@ bool KyMisc::isTheFileLockedBySmbd(const QString &path)
         return true; // nobody may go on with a file that has gone
     const QString lockFile = lockFileOf(file);
     qDebug("lock file is %s", qUtf8Printable(lockFile));
-    return QFile::exists(lockFile) && isTheSmbShareFileHasWriteEntry(lockFile);
+    return isTheSmbShareFileHasWriteEntry(lockFile);
 }
 
 bool KyMisc::isSambaForked()

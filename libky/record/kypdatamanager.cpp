@@ -24,12 +24,6 @@ QString ownName()
     return QPEApplication::applicationNameOf(QCoreApplication::instance());
 }
 
-void announce(const char *message, const QString &boxPath)
-{
-    QCopEnvelope envelope(SystemChannel, message);
-    envelope << boxPath << ownName();
-}
-
 /** What closeFile and openFile say. */
 struct FileMessage
 {
@@ -131,7 +125,7 @@ bool KyPDataManager::openInMode()
         if (d->boxHandle || d->waitingOpenAgain) // a slot opened it in the meantime
             return isOpened();
     }
-    announce(CloseFileMessage, d->boxPathText());
+    KyMisc::requestCloseFile(d->boxPathText());
     return isOpened();
 }
 
@@ -140,7 +134,7 @@ bool KyPDataManager::close()
     if (!d->boxHandle || !d->closeHandle())
         return false;
     if (!d->waitingOpenAgain && QCoreApplication::instance())
-        announce(OpenFileMessage, d->boxPathText());
+        KyMisc::requestOpenFile(d->boxPathText());
     return true;
 }
 

@@ -5,11 +5,15 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
+#include <QPointer>
 #include <QTimer>
+#include <QTimerEvent>
 
 namespace {
 
-constexpr int PaintLimit = 500; // milliseconds
+// Milliseconds.
+constexpr int PaintLimit = 500;
+constexpr int CloseDelay = 1;
 
 QLabel *iconLabel(QWidget *parent)
 {
@@ -57,21 +61,41 @@ int KyDlgWait::exec()
 {
     if (!closesItself)
         return QDialog::exec();
+    const QPointer<KyDlgWait> self(this); // events may delete the parent, and the box with it
     show();
+    closing.stop(); // the box would be gone before it could be seen
     waitUntilPainted();
+    if (!self)
+        return Rejected;
     setResult(Accepted);
     // Hiding it now would take it off the screen before the work has begun; a box that outlives the work must
     // not lock the application, though.
-    QTimer::singleShot(1, this, &KyDlgWait::accept);
+    closing.start(CloseDelay, this);
     return Accepted;
 }
 
 void KyDlgWait::waitUntilPainted()
 {
     QEventLoop loop;
+    update(); // it may be on the screen already
     connect(this, &KyDlgWait::painted, &loop, &QEventLoop::quit);
     QTimer::singleShot(PaintLimit, &loop, &QEventLoop::quit);
     loop.exec(QEventLoop::ExcludeUserInputEvents);
+}
+
+void KyDlgWait::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    if (closesItself && !event->spontaneous())
+        closing.start(CloseDelay, this);
+}
+
+void KyDlgWait::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != closing.timerId())
+        return QDialog::timerEvent(event);
+    closing.stop();
+    accept();
 }
 
 /** There is no title bar: a line tells the box from what is behind it. */

@@ -2,6 +2,7 @@
 #define KYDLGWAIT_H
 
 #include "kyexport.h"
+#include <QBasicTimer>
 #include <QDialog>
 
 /**
@@ -12,7 +13,8 @@
  *     ... work that takes long ...
  *
  * With @c autoClose exec() comes back as soon as the box can be seen. The box then stays on the screen until
- * the object is destroyed, or until events are handled again.
+ * the object is destroyed, or until events are handled again. After show() alone it goes with the next
+ * events.
  */
 class KY_EXPORT KyDlgWait : public QDialog
 {
@@ -29,7 +31,8 @@ public:
     KyDlgWait(QWidget *parent, QString text, bool withIcon, bool autoClose);
     ~KyDlgWait() override;
 
-    /** With @c autoClose Accepted, after half a second at most also when the box could not be painted. */
+    /** With @c autoClose Accepted, after half a second at most also when the box could not be painted;
+     * Rejected when the box was deleted meanwhile. */
     int exec() override;
 
 signals:
@@ -38,9 +41,12 @@ signals:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
 
 private:
     const bool closesItself;
+    QBasicTimer closing; ///< takes a box that closes itself off the screen
 
     void waitUntilPainted();
 };

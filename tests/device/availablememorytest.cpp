@@ -1,9 +1,6 @@
-#include "devicepath.h"
+#include "devicefile.h"
 #include "kymisc.h"
 #include "logcapture.h"
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QTest>
 #include <unistd.h>
 
@@ -12,13 +9,6 @@ namespace {
 constexpr auto MemoryFile = "/proc/meminfo";
 constexpr auto StorageFile = "/proc/fs/jffs2/1f:03/reliable_free_size";
 constexpr int Unknown = 0x7fffffff;
-
-bool put(const char *devicePathOfFile, const QByteArray &contents)
-{
-    QFile file(devicePath(devicePathOfFile));
-    return QDir().mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly) &&
-           file.write(contents) == contents.size();
-}
 
 QByteArray kilobytes(qint64 count)
 {
@@ -78,9 +68,9 @@ private slots:
 
 void AvailableMemoryTest::cleanup()
 {
-    QFile::remove(devicePath(MemoryFile));
+    removeDeviceFile(MemoryFile);
     QDir(devicePath(StorageFile)).removeRecursively();
-    QFile::remove(devicePath(StorageFile));
+    removeDeviceFile(StorageFile);
 }
 
 void AvailableMemoryTest::memoryIsSummedUp_data()
@@ -122,7 +112,7 @@ void AvailableMemoryTest::memoryIsSummedUp_data()
 void AvailableMemoryTest::memoryIsSummedUp()
 {
     QFETCH(QByteArray, contents);
-    QVERIFY(put(MemoryFile, contents));
+    QVERIFY(writeDeviceFile(MemoryFile, contents));
     QTEST(KyMisc::availableMemory(), "expected");
 }
 
@@ -134,9 +124,9 @@ void AvailableMemoryTest::withoutMemoryFileThereIsNone()
 
 void AvailableMemoryTest::memoryIsReadAnewEachTime()
 {
-    QVERIFY(put(MemoryFile, memoryFile(memoryLine(5000, 0, 0))));
+    QVERIFY(writeDeviceFile(MemoryFile, memoryFile(memoryLine(5000, 0, 0))));
     QCOMPARE(KyMisc::availableMemory(), 5000 - 2048);
-    QVERIFY(put(MemoryFile, memoryFile(memoryLine(7000, 0, 0))));
+    QVERIFY(writeDeviceFile(MemoryFile, memoryFile(memoryLine(7000, 0, 0))));
     QCOMPARE(KyMisc::availableMemory(), 7000 - 2048);
 }
 
@@ -172,7 +162,7 @@ void AvailableMemoryTest::storageIsInKilobytes_data()
 void AvailableMemoryTest::storageIsInKilobytes()
 {
     QFETCH(QByteArray, contents);
-    QVERIFY(put(StorageFile, contents));
+    QVERIFY(writeDeviceFile(StorageFile, contents));
     const LogCapture log;
     QTEST(KyMisc::availableInternalStorage(), "expected");
     QCOMPARE(log.lines(), QStringList());
@@ -196,7 +186,7 @@ void AvailableMemoryTest::storageThatCannotBeReadIsTheMaximum()
 
 void AvailableMemoryTest::storageOnDescriptorZeroIsTheMaximum()
 {
-    QVERIFY(put(StorageFile, "1048576\n"));
+    QVERIFY(writeDeviceFile(StorageFile, "1048576\n"));
     const LogCapture log;
     int first = 0, second = 0;
     {
@@ -213,7 +203,7 @@ void AvailableMemoryTest::storageOnDescriptorZeroIsTheMaximum()
 
 void AvailableMemoryTest::noDescriptorStaysOpen()
 {
-    QVERIFY(put(StorageFile, "1048576\n"));
+    QVERIFY(writeDeviceFile(StorageFile, "1048576\n"));
     const auto openFiles = [] { return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size(); };
     const auto before = openFiles();
     for (int i = 0; i < 10; ++i)

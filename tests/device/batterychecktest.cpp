@@ -1,5 +1,7 @@
+#include "childprocess.h"
 #include "devicefile.h"
 #include "kymisc.h"
+#include "kypowerstatusmanager.h"
 #include "messagerobot.h"
 
 class BatteryCheckTest : public QObject
@@ -7,6 +9,8 @@ class BatteryCheckTest : public QObject
     Q_OBJECT
 private slots:
     void initTestCase();
+    void forcedCheckReadsNothing(); // first, as the manager is made at the first reading
+    void withoutPowerFileAllIsAllowed();
     void state_data();
     void state();
     void stateIsReadAtEachCheck();
@@ -34,6 +38,21 @@ bool setState(const QByteArray &state)
 /** The file is there before it is looked for. */
 void BatteryCheckTest::initTestCase()
 {
+    QVERIFY(setState("0x00"));
+}
+
+void BatteryCheckTest::forcedCheckReadsNothing()
+{
+    QVERIFY(KyMisc::checkBatteryErrorWithoutDialog(QStringLiteral("SD"), true));
+    QVERIFY(!KyPowerStatusManager::kyPs);
+}
+
+void BatteryCheckTest::withoutPowerFileAllIsAllowed()
+{
+    QVERIFY(removeDeviceFile(QStringLiteral("/proc/apm")));
+    ChildProcess child({});
+    QCOMPARE(child.readLine(), QByteArray("allowed"));
+    QCOMPARE(child.finish(), 0);
     QVERIFY(setState("0x00"));
 }
 
@@ -154,5 +173,18 @@ void BatteryCheckTest::moduleNameFromPath()
     QTEST(KyMisc::moduleNameFromPath(path), "module");
 }
 
-QTEST_MAIN(BatteryCheckTest)
+namespace {
+
+/** Checks where there is no power file, and again when one has come. */
+int childMain(int, char **)
+{
+    const auto isRefused = [] { return KyMisc::checkBatteryErrorWithoutDialog(QStringLiteral("SD"), false); };
+    const bool isAllowed = !isRefused() && setState(VeryLow) && !isRefused();
+    ChildProcess::say(isAllowed ? "allowed" : "refused");
+    return 0;
+}
+
+} // namespace
+
+KY_TEST_MAIN_WITH_CHILD(BatteryCheckTest, childMain)
 #include "batterychecktest.moc"

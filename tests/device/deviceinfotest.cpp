@@ -157,6 +157,8 @@ void DeviceInfoTest::productNumber_data()
     QTest::newRow("number without a row") << QByteArray("7\n") << QByteArray("KY-3500\n") << 7;
     QTest::newRow("zero is a number") << QByteArray("0\n") << QByteArray("KY-3500\n") << 0;
     QTest::newRow("negative number") << QByteArray("-2\n") << QByteArray("KY-3500\n") << -2;
+    QTest::newRow("blanks around it") << QByteArray(" 4 \n") << QByteArray("KY-3500\n") << 4;
+    QTest::newRow("number and more: name") << QByteArray("4 a\n") << QByteArray("KY-3500\n") << 2;
     QTest::newRow("base 10") << QByteArray("010\n") << none << 10;
     QTest::newRow("no number: name") << QByteArray("three\n") << QByteArray("KY-3500\n") << 2;
     QTest::newRow("hexadecimal: name") << QByteArray("0x3\n") << QByteArray("KY-3500\n") << 2;

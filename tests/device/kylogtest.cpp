@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 namespace {
 
@@ -79,7 +80,16 @@ void handleLine(QtMsgType, const QMessageLogContext &, const QString &line)
 
 using Modes = QList<KyLog::LogMode>;
 
+bool isAnotherUser = false;
+
 } // namespace
+
+/** The files of this process belong to somebody else when it runs as another user. */
+extern "C" __attribute__((visibility("default"))) uid_t geteuid() noexcept
+{
+    const auto user = static_cast<uid_t>(syscall(SYS_geteuid));
+    return isAnotherUser ? user + 1 : user;
+}
 
 Q_DECLARE_METATYPE(KyLog::LogMode)
 
@@ -97,6 +107,7 @@ private slots:
     void levelAfterwards();
     void levelMeanwhile_data();
     void levelMeanwhile();
+    void otherNegativeNumberIsASet();
     void ringOverElevenRuns();
     void firstRunRemovesFileOne();
     void allTenPresentWritesNineAndRemovesZero();
@@ -113,6 +124,9 @@ private slots:
     void linkIsNotFollowed();
     void linkThatLeadsNowhereIsTaken();
     void pipeIsNotWaitedFor();
+    void readPipeIsNotWrittenTo();
+    void fileWithAnotherNameIsNotWrittenTo();
+    void fileOfAnotherUserIsNotWrittenTo();
     void closedErrorMakesNoFile();
     void silence();
     void silenceWithClosedError();
@@ -144,6 +158,14 @@ private:
                 present += QByteArray::number(number);
         }
         return present;
+    }
+    /** What comes to standard error although the ring was asked for. */
+    [[nodiscard]] QByteArray errorBesideTheRing() const
+    {
+        const DescriptorCapture error(STDERR_FILENO);
+        const KyLog log(KyLog::ErrorToFile, name().constData(), -1); // must come back
+        printError("as ever");
+        return error.contents();
     }
     [[nodiscard]] bool makeAllTen() const
     {
@@ -258,6 +280,24 @@ void KyLogTest::levelMeanwhile()
         level = KyLog::Level;
     }
     QTEST(level, "meanwhile");
+}
+
+void KyLogTest::otherNegativeNumberIsASet()
+{
+    const QtMessageHandler before = qInstallMessageHandler(&handleLine);
+    KyLog::Level = 2;
+    int level = 0;
+    {
+        const KyLog log(KyLog::LogMode(-3), name().constData(), 3); // all but the message handler
+        printError("error,");
+        std::printf("output");
+        qWarning("handled");
+        level = KyLog::Level;
+    }
+    qInstallMessageHandler(before);
+    QCOMPARE(contentsOf(file(0)), QByteArray("error,output"));
+    QCOMPARE(handledLines, QStringList("handled"));
+    QCOMPARE(level, 2);
 }
 
 void KyLogTest::ringOverElevenRuns()
@@ -419,13 +459,8 @@ void KyLogTest::linkIsNotFollowed()
     const QString victim = m_folder->filePath(QStringLiteral("victim"));
     QVERIFY(write(victim, "precious"));
     QVERIFY(QFile::remove(file(9)) && QFile::link(victim, file(9)));
-    const DescriptorCapture error(STDERR_FILENO);
-    {
-        const KyLog log(KyLog::ErrorToFile, name().constData(), -1);
-        printError("as ever");
-    }
+    QCOMPARE(errorBesideTheRing(), QByteArray("as ever"));
     QCOMPARE(contentsOf(victim), QByteArray("precious"));
-    QCOMPARE(error.contents(), QByteArray("as ever"));
     QCOMPARE(numbers(), QByteArray("0123456789")); // nothing is removed either
 }
 
@@ -446,12 +481,44 @@ void KyLogTest::pipeIsNotWaitedFor()
     QVERIFY(makeAllTen());
     QVERIFY(QFile::remove(file(9)));
     QCOMPARE(mkfifo(QFile::encodeName(file(9)).constData(), 0644), 0);
-    const DescriptorCapture error(STDERR_FILENO);
-    {
-        const KyLog log(KyLog::ErrorToFile, name().constData(), -1); // would never come back
-        printError("as ever");
-    }
-    QCOMPARE(error.contents(), QByteArray("as ever"));
+    QCOMPARE(errorBesideTheRing(), QByteArray("as ever"));
+}
+
+/** Whoever reads it is somebody else. */
+void KyLogTest::readPipeIsNotWrittenTo()
+{
+    QVERIFY(makeAllTen());
+    QVERIFY(QFile::remove(file(9)));
+    QCOMPARE(mkfifo(QFile::encodeName(file(9)).constData(), 0644), 0);
+    const int reader = open(QFile::encodeName(file(9)).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    QVERIFY(reader >= 0);
+    const QByteArray seen = errorBesideTheRing();
+    ::close(reader);
+    QCOMPARE(seen, QByteArray("as ever"));
+}
+
+void KyLogTest::fileWithAnotherNameIsNotWrittenTo()
+{
+    QVERIFY(makeAllTen());
+    const QString victim = m_folder->filePath(QStringLiteral("victim"));
+    QVERIFY(write(victim, "precious"));
+    QVERIFY(QFile::remove(file(9)));
+    QCOMPARE(::link(QFile::encodeName(victim).constData(), QFile::encodeName(file(9)).constData()), 0);
+    QCOMPARE(errorBesideTheRing(), QByteArray("as ever"));
+    QCOMPARE(contentsOf(victim), QByteArray("precious"));
+    QCOMPARE(numbers(), QByteArray("0123456789"));
+}
+
+void KyLogTest::fileOfAnotherUserIsNotWrittenTo()
+{
+    QVERIFY(makeAllTen());
+    const int descriptors = openDescriptors();
+    isAnotherUser = true;
+    const QByteArray seen = errorBesideTheRing();
+    isAnotherUser = false;
+    QCOMPARE(seen, QByteArray("as ever"));
+    QCOMPARE(openDescriptors(), descriptors);
+    QCOMPARE(contentsOf(file(9)), QByteArray("old 9"));
 }
 
 void KyLogTest::closedErrorMakesNoFile()

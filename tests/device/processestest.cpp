@@ -128,8 +128,8 @@ private slots:
     void walkStopsAfterTheSecondMatch();
     void countOfZeroIsNoLimit();
     void unknownTypeAddsNothingAndCounts();
-    void processThatEndsBeforeItIsOpenedIsSkipped();
-    void processThatEndsBeforeItIsReadIsSkipped();
+    void processThatEndsMeanwhileIsSkipped_data();
+    void processThatEndsMeanwhileIsSkipped();
     void invalidExpressionMatchesNothing();
 
     void memorySizesAreOneLine();
@@ -271,34 +271,22 @@ void ProcessesTest::unknownTypeAddsNothingAndCounts()
     QCOMPARE(opened, 1);
 }
 
-void ProcessesTest::processThatEndsBeforeItIsOpenedIsSkipped()
+void ProcessesTest::processThatEndsMeanwhileIsSkipped_data()
 {
-    Sleeper leaving(ownName("leaving"));
-    const Sleeper staying(ownName("staying"));
-    QVERIFY(leaving.runs() && staying.runs());
-    const QByteArray file = leaving.commandLineFile();
-    bool wasOpened = false;
-    beforeOpen = [&](const QByteArray &path) {
-        if (path == file) {
-            wasOpened = true;
-            leaving.end();
-        }
-    };
-    const QString pid = leaving.pid();
-    const QStringList all = KyMisc::procList(Everything, 0, KyMisc::ListPid);
-    QVERIFY(wasOpened);
-    QVERIFY(!all.contains(pid));
-    QVERIFY(all.contains(staying.pid()));
+    QTest::addColumn<bool>("isOpenBefore");
+    QTest::newRow("before its file is opened") << false;
+    QTest::newRow("before its file is read") << true;
 }
 
-void ProcessesTest::processThatEndsBeforeItIsReadIsSkipped()
+void ProcessesTest::processThatEndsMeanwhileIsSkipped()
 {
+    QFETCH(bool, isOpenBefore);
     Sleeper leaving(ownName("leaving"));
     const Sleeper staying(ownName("staying"));
     QVERIFY(leaving.runs() && staying.runs());
     const QByteArray file = leaving.commandLineFile();
     bool wasOpened = false;
-    afterOpen = [&](const QByteArray &path) {
+    (isOpenBefore ? afterOpen : beforeOpen) = [&](const QByteArray &path) {
         if (path == file) {
             wasOpened = true;
             leaving.end();

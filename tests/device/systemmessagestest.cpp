@@ -1,36 +1,14 @@
+#include "channellistener.h"
 #include "childprocess.h"
 #include "kymisc.h"
 #include "logcapture.h"
-#include "qcopchannel.h"
 #include "qcopenvelope.h"
 #include <QTest>
 
 namespace {
 
-using Message = QPair<QByteArray, QByteArray>;
+using Message = ChannelListener::Message;
 using Messages = QList<Message>;
-
-/** Keeps what arrives on a channel. */
-struct Listener
-{
-    explicit Listener(const QByteArray &name) : channel(name)
-    {
-        QObject::connect(&channel, &QCopChannel::received,
-                         [this](const QByteArray &message, const QByteArray &data) {
-                             messages.append({message, data});
-                         });
-    }
-    QCopChannel channel;
-    Messages messages;
-};
-
-/** Lets what is under way arrive: a message to ourselves comes behind all of it. */
-bool settle()
-{
-    const Listener mark("Test/Settle");
-    QCopChannel::send("Test/Settle", "mark()");
-    return QTest::qWaitFor([&mark] { return !mark.messages.isEmpty(); }, 10000);
-}
 
 /** 32 bits as they are sent. */
 QByteArray number(int value)
@@ -91,11 +69,10 @@ void SystemMessagesTest::autoPowerOff()
 {
     QFETCH(bool, enable);
     QFETCH(int, mode);
-    const Listener system("QPE/System");
+    ChannelListener system("QPE/System");
     const LogCapture log;
     KyMisc::enableAutoPowerOff(enable);
-    QVERIFY(settle());
-    QCOMPARE(system.messages, Messages({screenSaver(mode)}));
+    QCOMPARE(system.take(), Messages({screenSaver(mode)}));
     QCOMPARE(log.lines(), QStringList());
 }
 
@@ -128,72 +105,72 @@ void SystemMessagesTest::autoPowerOffWithScreenAndSaver()
     QFETCH(bool, allowScreenOff);
     QFETCH(bool, disableSaver);
     QFETCH(QList<int>, modes);
-    const Listener system("QPE/System");
+    ChannelListener system("QPE/System");
     const LogCapture log;
     KyMisc::enableAutoPowerOff(enable, allowScreenOff, disableSaver);
-    QVERIFY(settle());
     Messages expected;
     for (const int mode : modes)
         expected.append(screenSaver(mode));
-    QCOMPARE(system.messages, expected);
+    QCOMPARE(system.take(), expected);
     QTEST(log.lines(), "lines");
 }
 
 void SystemMessagesTest::lockApplicationIsANumber()
 {
-    const Listener taskBar("QPE/TaskBar");
+    ChannelListener taskBar("QPE/TaskBar");
     KyMisc::enableLockApplication(true);
     KyMisc::enableLockApplication(false);
-    QVERIFY(settle());
-    QCOMPARE(taskBar.messages,
+    QCOMPARE(taskBar.take(),
              Messages({{"lockApplication(bool)", number(1)}, {"lockApplication(bool)", number(0)}}));
 }
 
 void SystemMessagesTest::samba()
 {
-    const Listener system("QPE/System");
+    ChannelListener system("QPE/System");
     KyMisc::stopSamba();
     KyMisc::startSamba();
-    QVERIFY(settle());
-    QCOMPARE(system.messages, Messages({{"stopSamba()", ""}, {"startSamba()", ""}}));
+    QCOMPARE(system.take(), Messages({{"stopSamba()", ""}, {"startSamba()", ""}}));
 }
 
 void SystemMessagesTest::boxesAreAskedFor()
 {
-    const Listener system("QPE/System");
+    ChannelListener system("QPE/System");
     const QString path = QString::fromUtf8("/card/日本.BOX");
     KyMisc::requestCloseFile(path);
     KyMisc::requestOpenFile(path);
     KyMisc::requestCloseFile(QString());
-    QVERIFY(settle());
-    QCOMPARE(system.messages.size(), 3);
+    const Messages messages = system.take();
+    QCOMPARE(messages.size(), 3);
     const QStringList paths = {path, path, QString()};
     const QByteArrayList signatures = {"closeFile(QString,QString)", "openFile(QString,QString)",
                                        "closeFile(QString,QString)"};
     for (qsizetype i = 0; i < 3; ++i) {
-        QCOMPARE(system.messages[i].first, signatures[i]);
-        QCOMPARE(argumentsOf(system.messages[i]), QStringList({paths[i], "systemmessagestest"}));
+        QCOMPARE(messages[i].first, signatures[i]);
+        QCOMPARE(argumentsOf(messages[i]), QStringList({paths[i], "systemmessagestest"}));
     }
 }
 
 void SystemMessagesTest::boxesAreAskedForUnderTheNameOfTheMoment()
 {
-    const Listener system("QPE/System");
+    ChannelListener system("QPE/System");
     qApp->setObjectName("memo");
     KyMisc::requestOpenFile("F0:A.BOX");
     qApp->setObjectName(QString());
-    QVERIFY(settle());
-    QCOMPARE(system.messages.size(), 1);
-    QCOMPARE(argumentsOf(system.messages[0]), QStringList({"F0:A.BOX", "memo"}));
+    const Messages messages = system.take();
+    QCOMPARE(messages.size(), 1);
+    QCOMPARE(argumentsOf(messages[0]), QStringList({"F0:A.BOX", "memo"}));
 }
 
 void SystemMessagesTest::boxesAreAskedForWithoutApplication()
 {
-    const Listener system("QPE/System");
+    ChannelListener system("QPE/System");
     ChildProcess child({});
-    QTRY_COMPARE_WITH_TIMEOUT(system.messages.size(), 1, 10000);
     QCOMPARE(child.finish(), 0);
-    QCOMPARE(argumentsOf(system.messages[0]), QStringList({"F0:EARLY.BOX", QString()}));
+    Messages messages;
+    const auto hasArrived = [&] { return !(messages += system.take()).isEmpty(); };
+    QVERIFY(QTest::qWaitFor(hasArrived, 10000));
+    QCOMPARE(messages.size(), 1);
+    QCOMPARE(argumentsOf(messages[0]), QStringList({"F0:EARLY.BOX", QString()}));
 }
 
 KY_TEST_MAIN_WITH_CHILD(SystemMessagesTest, childMain)

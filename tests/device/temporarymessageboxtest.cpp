@@ -58,8 +58,9 @@ private slots:
     void boxIsShownAtOnceWithoutTime_data();
     void boxIsShownAtOnceWithoutTime();
     void eventsAreHandled();
+    void otherWindowsAreLocked();
+    void answeredBoxKeepsTheTime_data();
     void answeredBoxKeepsTheTime();
-    void closedBoxKeepsTheTime();
     void parentMayGo();
     void applicationDoesNotEndWithTheBox();
 };
@@ -201,28 +202,38 @@ void TemporaryMessageBoxTest::eventsAreHandled()
     QVERIFY(boxWasThere);
 }
 
-void TemporaryMessageBoxTest::answeredBoxKeepsTheTime()
+/** A tap on them would start other work in the middle of the caller's. */
+void TemporaryMessageBoxTest::otherWindowsAreLocked()
 {
-    BoxWatch watch;
-    bool wasHidden = false;
-    QTimer::singleShot(0, this, [&] {
-        QTest::mouseClick(watch.box->button(QMessageBox::Ok), Qt::LeftButton);
-        wasHidden = watch.box && !watch.box->isVisible();
-    });
-    QElapsedTimer clock;
-    clock.start();
-    showBox(Timeout);
-    QVERIFY(clock.elapsed() >= TimeoutTime);
-    QVERIFY(wasHidden);
-    QVERIFY(watch.box.isNull());
+    QPushButton other("Other");
+    int clicks = 0;
+    connect(&other, &QPushButton::clicked, this, [&clicks] { ++clicks; });
+    other.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&other));
+    const auto tap = [&other] { QTest::mouseClick(other.windowHandle(), Qt::LeftButton, {}, QPoint(5, 5)); };
+    QTimer::singleShot(0, this, tap);
+    showBox(1);
+    QCOMPARE(clicks, 0);
+    tap();
+    QCOMPARE(clicks, 1);
 }
 
-void TemporaryMessageBoxTest::closedBoxKeepsTheTime()
+void TemporaryMessageBoxTest::answeredBoxKeepsTheTime_data()
 {
+    using Answer = std::function<void(QMessageBox &)>;
+    QTest::addColumn<Answer>("answer");
+    QTest::newRow("button") << Answer(
+        [](QMessageBox &box) { QTest::mouseClick(box.button(QMessageBox::Ok), Qt::LeftButton); });
+    QTest::newRow("escape key") << Answer([](QMessageBox &box) { QTest::keyClick(&box, Qt::Key_Escape); });
+}
+
+void TemporaryMessageBoxTest::answeredBoxKeepsTheTime()
+{
+    QFETCH(std::function<void(QMessageBox &)>, answer);
     BoxWatch watch;
     bool wasHidden = false;
     QTimer::singleShot(0, this, [&] {
-        QTest::keyClick(watch.box.data(), Qt::Key_Escape);
+        answer(*watch.box);
         wasHidden = watch.box && !watch.box->isVisible();
     });
     QElapsedTimer clock;

@@ -69,11 +69,14 @@ private slots:
     void windowHasAnEdge();
     void parentIsKept();
     void execComesBackWithTheBoxPainted();
-    void execWaitsForPaintNotLonger();
+    void execWaitsHalfASecondForPaintAtMost();
     void boxStaysWhileNoEventsAreHandled();
     void boxGoesWhenEventsAreHandledAgain();
     void boxGoesWithTheObject();
     void execTwice();
+    void execAgainWhileItIsShown();
+    void execEndsWithTheParent();
+    void shownAloneItCloses();
     void ordinaryDialogWaitsForTheUser();
     void ordinaryDialogCloses_data();
     void ordinaryDialogCloses();
@@ -128,6 +131,7 @@ void DlgWaitTest::iconStandsInFrontOfTheText()
     QVERIFY(icon);
     QCOMPARE(icon->geometry(), QRect(10 * scale, 4 * scale, 32 * scale, 32 * scale));
     QCOMPARE(pixels(icon->pixmap()), pixels(Resource::loadPixmap(QStringLiteral("wait"))));
+    QCOMPARE(box.layout()->spacing(), 5 * scale);
     QVERIFY(label(box, false)->x() >= 52 * scale);
 }
 
@@ -217,16 +221,20 @@ void DlgWaitTest::execComesBackWithTheBoxPainted()
     QVERIFY(box.windowHandle()->isExposed());
 }
 
-void DlgWaitTest::execWaitsForPaintNotLonger()
+void DlgWaitTest::execWaitsHalfASecondForPaintAtMost()
 {
-    KyDlgWait box(nullptr, Message, true, true);
-    PaintFilter filter;
-    box.installEventFilter(&filter);
-    QElapsedTimer time;
-    time.start();
-    QCOMPARE(box.exec(), int(QDialog::Accepted));
-    QVERIFY2(time.elapsed() >= 400, qPrintable(QString::number(time.elapsed())));
-    QVERIFY2(time.elapsed() < 10000, qPrintable(QString::number(time.elapsed())));
+    constexpr int Attempts = 3; // a busy machine may hold up one or the other
+    qint64 shortest = std::numeric_limits<qint64>::max();
+    for (int attempt = 0; attempt < Attempts && shortest >= 1000; ++attempt) {
+        KyDlgWait box(nullptr, Message, true, true);
+        PaintFilter filter;
+        box.installEventFilter(&filter);
+        QElapsedTimer time;
+        time.start();
+        QCOMPARE(box.exec(), int(QDialog::Accepted));
+        shortest = std::min(shortest, time.elapsed());
+    }
+    QVERIFY2(shortest >= 450 && shortest < 1000, qPrintable(QString::number(shortest)));
 }
 
 void DlgWaitTest::boxStaysWhileNoEventsAreHandled()
@@ -270,6 +278,41 @@ void DlgWaitTest::execTwice()
     QCOMPARE(box.exec(), int(QDialog::Accepted));
     QVERIFY(box.isVisible());
     QVERIFY(painted.count() > 0);
+}
+
+/** The work consists of two steps, with no events between them. */
+void DlgWaitTest::execAgainWhileItIsShown()
+{
+    KyDlgWait box(nullptr, Message, true, true);
+    QSignalSpy finished(&box, &QDialog::finished);
+    box.exec();
+    QSignalSpy painted(&box, &KyDlgWait::painted);
+    QThread::msleep(10); // the 1 ms of the first time are over
+    QCOMPARE(box.exec(), int(QDialog::Accepted));
+    QVERIFY(box.isVisible());
+    QVERIFY(painted.count() > 0);
+    QCOMPARE(finished.count(), 0);
+}
+
+void DlgWaitTest::execEndsWithTheParent()
+{
+    auto parent = std::make_unique<QWidget>();
+    const QPointer<KyDlgWait> box = new KyDlgWait(parent.get(), Message, true, true);
+    PaintFilter filter;
+    box->installEventFilter(&filter);
+    QTimer::singleShot(0, this, [&parent] { parent.reset(); });
+    QCOMPARE(box->exec(), int(QDialog::Rejected));
+    QVERIFY(box.isNull());
+}
+
+/** Nothing else could close it: it has no title bar, and locks the application. */
+void DlgWaitTest::shownAloneItCloses()
+{
+    KyDlgWait box(nullptr, Message, true, true);
+    QSignalSpy accepted(&box, &QDialog::accepted);
+    box.show();
+    QTRY_VERIFY_WITH_TIMEOUT(!box.isVisible(), 10000);
+    QCOMPARE(accepted.count(), 1);
 }
 
 void DlgWaitTest::ordinaryDialogWaitsForTheUser()
