@@ -35,6 +35,7 @@ ApmLine scan(std::string &bytes)
     const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(fmemopen(bytes.data(), bytes.size(), "r"),
                                                                 &std::fclose);
     require(file != nullptr);
+    // NOLINTNEXTLINE(cert-err34-c): this is what the parser has to equal.
     static_cast<void>(std::fscanf(file.get(), "%*[^ ] %*d.%*d 0x%*x 0x%x 0x%x 0x%x %d%% %i %c", &mains,
                                   &battery, &flag, &line.percent, &line.time, &line.unit));
     line.mainsState = int(mains);

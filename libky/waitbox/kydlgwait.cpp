@@ -35,7 +35,7 @@ QLabel *textLabel(const QString &text, QWidget *parent)
 
 } // namespace
 
-KyDlgWait::KyDlgWait(QWidget *parent, QString text, bool withIcon, bool autoClose)
+KyDlgWait::KyDlgWait(QWidget *parent, const QString &text, bool withIcon, bool autoClose)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), closesItself(autoClose)
 {
     const int scale = KyMisc::getResolutionScale();

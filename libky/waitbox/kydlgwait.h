@@ -28,7 +28,7 @@ public:
      * @param autoClose the box is modal and exec() doesn't wait for the user; without it, it is an ordinary
      *                  dialog
      */
-    KyDlgWait(QWidget *parent, QString text, bool withIcon, bool autoClose);
+    KyDlgWait(QWidget *parent, const QString &text, bool withIcon, bool autoClose);
     ~KyDlgWait() override;
 
     /** With @c autoClose Accepted, after half a second at most also when the box could not be painted;

@@ -19,7 +19,7 @@ public:
 };
 
 KyColorSelector::KyColorSelector(bool withTransparent, QWidget *parent, const char *name, unsigned int flags)
-    : QWidget(parent, Qt::WindowFlags::fromInt(int(flags))), d(new KyColorSelectorPrivate)
+    : QWidget(parent, static_cast<Qt::WindowFlags>(flags)), d(new KyColorSelectorPrivate)
 {
     setObjectName(QLatin1String(name));
     auto *layout = new QVBoxLayout(this);

@@ -13,7 +13,7 @@ KyColorSelectorPopup::KyColorSelectorPopup(bool withTransparent, QWidget *parent
     : QMenu(parent), d(new KyColorSelectorPopupPrivate)
 {
     setObjectName(QLatin1String(name));
-    setWindowFlags(windowFlags() | Qt::WindowFlags::fromInt(int(flags)));
+    setWindowFlags(windowFlags() | static_cast<Qt::WindowFlags>(flags));
     d->selector = new KyColorSelector(withTransparent, this);
     auto *item = new QWidgetAction(this);
     item->setDefaultWidget(d->selector);
@@ -42,7 +42,7 @@ void KyColorSelectorPopup::setCurrentColorTransparent()
 /** A menu takes Tab for a move to its next item; here it moves inside the only one. */
 bool KyColorSelectorPopup::focusNextPrevChild(bool next)
 {
-    return QWidget::focusNextPrevChild(next);
+    return QWidget::focusNextPrevChild(next); // NOLINT(bugprone-parent-virtual-call)
 }
 
 /** Leaves a menu alone that isn't open: closing would delete one that is to go when it closes. */

@@ -51,7 +51,7 @@ KyColorTable::KyColorTable(QWidget *parent, const char *name, unsigned int flags
                                                              .colors = colors ? colors : defColors})
 {
     setObjectName(QLatin1String(name));
-    setWindowFlags(windowFlags() | Qt::WindowFlags::fromInt(int(flags)));
+    setWindowFlags(windowFlags() | static_cast<Qt::WindowFlags>(flags));
     setFrameStyle(QFrame::NoFrame);
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setBackgroundRole(QPalette::Window);
