@@ -45,7 +45,8 @@ int openLocked(int flags, int operation)
     if (!makeFolder(flags))
         return -1;
     const QByteArray path = QFile::encodeName(FepConf::getConfigPathName());
-    const int fd = ::open(path.constData(), flags | O_CLOEXEC, 0666);
+    // Without waiting, should a pipe stand there; files don't know the difference.
+    const int fd = ::open(path.constData(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
     if (fd < 0)
         return -1;
     // Another user may have left the file. Who may not take it over may still use it.

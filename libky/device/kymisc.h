@@ -179,7 +179,8 @@ public:
     static void insertAllFontMenu(QMenu *menu);
     /** @return 0 for an unknown number */
     [[nodiscard]] static int getLogicalSizeFromMenuId(int id);
-    /** Checks the item of a logical size and no other. A size beyond the range counts as its nearest end. */
+    /** Of the items of insertStandardFontMenu(), checks that of a logical size and unchecks the others. A
+     * size beyond the range counts as its nearest end. */
     static void setFontSizeItemChecked(QMenu *menu, int logicalSize);
     /** In points. A size beyond the range counts as its nearest end. */
     [[nodiscard]] static int getFontPointSize(int logicalSize);
@@ -251,7 +252,8 @@ public:
 KY_EXPORT void fontArrange(QObject *object, int fromPoint, int toPoint);
 
 /** Multiplies margin and spacing of each layout below an object by a factor; layouts inside layouts stay as
- * they are. Done once, when a form has been built: a second time multiplies again. */
+ * they are. Done once, when a form has been built: a second time multiplies again. A negative
+ * factor counts as 0. */
 KY_EXPORT void scaleArrange(QObject *object, long factor);
 
 #endif

@@ -1,6 +1,5 @@
 #include "qcopchannel.h"
 #include "sessionbus_p.h"
-#include <QCoreApplication>
 #include <QDBusMessage>
 #include <QHash>
 
@@ -170,11 +169,7 @@ bool QCopChannel::send(const QByteArray &channel, const QByteArray &message, con
     QDBusMessage signal =
         QDBusMessage::createSignal(objectPath(), QLatin1String(Interface), QLatin1String(Member));
     signal << wireName(channel) << QString::fromUtf8(message) << data;
-    const bool sent = SessionBus::connection().send(signal);
-    // Without an application object nothing sees to it at the end of the process that the message is out.
-    if (!QCoreApplication::instance())
-        SessionBus::flush();
-    return sent;
+    return SessionBus::connection().send(signal);
 }
 
 void QCopChannel::receive(const QByteArray &message, const QByteArray &data)

@@ -46,8 +46,9 @@ public:
     [[nodiscard]] static bool isFirstOn(const QByteArray &channel);
 
     /**
-     * Sends a message. One that is sent just before main() returns still leaves the process; one that is
-     * followed by _exit() may be lost. May be called before there is an application object.
+     * Sends a message. One that is sent just before main() returns or exit() is called still leaves the
+     * process, for which that waits, at most 1 s for a bus that doesn't answer; one that is followed by
+     * _exit() may be lost. May be called before there is an application object.
      *
      * @param message signature such as `closeFile(QString,QString)`, UTF-8 without a zero byte
      * @param data arguments in QDataStream form, at most MaximumData bytes

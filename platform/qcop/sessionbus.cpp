@@ -122,18 +122,31 @@ QString nameElement(const QByteArray &name)
     return QString::fromLatin1(escaped);
 }
 
+/** The bus library sends from a thread of its own, and stops that at the end of the process although messages
+ * still wait for it. The library came first, and so it ends behind this. */
+struct LastFlush
+{
+    ~LastFlush() { SessionBus::flush(); }
+};
+
 } // namespace
 
 namespace SessionBus {
 
 QDBusConnection connection()
 {
-    static const QDBusConnection bus = open(configuredAddress(), QStringLiteral("ky"));
-    return bus;
+    // Never destroyed: globals that end later may still ask for it, and find it closed.
+    static const QDBusConnection *const bus =
+        new QDBusConnection(open(configuredAddress(), QStringLiteral("ky")));
+    static const LastFlush lastFlush;
+    return *bus;
 }
 
 QDBusConnection open(const QByteArray &addresses, const QString &name)
 {
+    // Makes the register of types, which the library's thread looks into to its end: what comes before the
+    // library outlives it.
+    qRegisterMetaType<QDBusMessage>();
     const QByteArray address = liveAddress(addresses);
     return address.isEmpty() ? QDBusConnection(name)
                              : QDBusConnection::connectToBus(QString::fromLatin1(address), name);

@@ -45,7 +45,8 @@ KY_EXPORT void releaseName(const QString &service);
  * program does nothing. */
 KY_EXPORT void startService(const QString &service);
 
-/** Waits, at most 1 s, until the bus has what was sent. */
+/** Waits, at most 1 s, until the bus has what was sent. The end of the process does so too, by exit() or a
+ * return from main(), not by _exit(). */
 KY_EXPORT void flush();
 
 } // namespace SessionBus

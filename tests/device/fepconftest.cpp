@@ -39,6 +39,10 @@ struct Fault
 };
 
 thread_local Fault readFault, writeFault, lockFault, ownerFault;
+// Only the other applications wait for locks. The test itself would wait for ever for one that it has left
+// behind.
+bool waitsForLocks = false;
+
 thread_local QList<QPair<uid_t, gid_t>> owners; // that fchown() was called with
 
 thread_local std::function<void()> afterMissing; // called once, when open() has found no file
@@ -78,7 +82,7 @@ extern "C" Q_DECL_EXPORT ssize_t write(int fd, const void *buffer, size_t size)
 extern "C" Q_DECL_EXPORT int flock(int fd, int operation)
 {
     static const auto next = nextDefinition<decltype(::flock)>("flock");
-    return lockFault.strikes() ? -1 : next(fd, operation);
+    return lockFault.strikes() ? -1 : next(fd, waitsForLocks ? operation : operation | LOCK_NB);
 }
 
 extern "C" Q_DECL_EXPORT int fchown(int fd, uid_t user, gid_t group)
@@ -264,6 +268,7 @@ private:
 int childMain(int argc, char **argv)
 {
     const QCoreApplication coreApplication(argc, argv);
+    waitsForLocks = true;
     Application application;
     const ChildInput input([&](const QByteArray &line) { application.handle(line); });
     return QCoreApplication::exec();
@@ -324,6 +329,7 @@ private slots:
     void forbiddenFile();
     void readOnlyFile();
     void folderInItsPlace();
+    void pipeInItsPlaceIsNotWaitedFor();
     void failingRead();
     void failingWrite();
     void failingLock();
@@ -704,6 +710,17 @@ void FepConfTest::folderInItsPlace()
     QCOMPARE(value, 0);
     QVERIFY(cannotBeChanged());
     QVERIFY(QFileInfo(path()).isDir());
+}
+
+void FepConfTest::pipeInItsPlaceIsNotWaitedFor()
+{
+    QVERIFY(QDir().mkpath(QFileInfo(path()).path()));
+    QCOMPARE(::mkfifo(QFile::encodeName(path()).constData(), 0600), 0);
+    ChildProcess other({"other"});
+    QVERIFY(ask(other, "readAll").startsWith("true ")); // as of a file of no bytes
+    QCOMPARE(ask(other, "read 1"), QByteArray("true 130"));
+    QVERIFY(!ask(other, "write 3 7").isNull());
+    QVERIFY(!ask(other, "toggle 3").isNull());
 }
 
 void FepConfTest::failingRead()

@@ -5,6 +5,7 @@
 #include "fepservice.h"
 #include <QApplication>
 #include <QIntValidator>
+#include <QSignalSpy>
 #include <QTest>
 #include <QVBoxLayout>
 
@@ -59,6 +60,18 @@ public:
 
     QLineEdit *const other;
     KYLineEdit *const edit;
+};
+
+/** A form whose edits may choose input methods, a front-end processor, and what is asked of the task bar. */
+struct Desk
+{
+    explicit Desk(bool isOn = false) : service(isOn, true) { KYLineEdit::setPadControl(true); }
+
+    bool begin() { return service.isReady() && form.begin(); }
+
+    const FepService service;
+    ChannelListener taskBar{"QPE/TaskBar"};
+    Form form;
 };
 
 } // namespace
@@ -241,34 +254,26 @@ void KYLineEditTest::emptyPasswordLeavesTheEcho()
 
 void KYLineEditTest::focusBringsTheInputMethod()
 {
-    const FepService service(false, true);
-    QVERIFY(service.isReady());
-    ChannelListener taskBar("QPE/TaskBar");
-    KYLineEdit::setPadControl(true);
-    Form form;
-    form.edit->editorMode(KYLineEdit::Crim, nullptr);
-    QVERIFY(form.begin());
-    QCOMPARE(taskBar.take(), Messages());
-    form.edit->setFocus();
-    QVERIFY(form.edit->hasFocus());
-    QCOMPARE(taskBar.take(), (Messages{changeMessage("CRIM"), OnMessage, modeMessage(0x82)}));
-    form.other->setFocus();
-    QCOMPARE(taskBar.take(), Messages());
-    form.edit->setFocus(); // each time anew
-    QCOMPARE(taskBar.take(), (Messages{changeMessage("CRIM"), OnMessage, modeMessage(0x82)}));
+    Desk desk;
+    desk.form.edit->editorMode(KYLineEdit::Crim, nullptr);
+    QVERIFY(desk.begin());
+    QCOMPARE(desk.taskBar.take(), Messages());
+    desk.form.edit->setFocus();
+    QVERIFY(desk.form.edit->hasFocus());
+    QCOMPARE(desk.taskBar.take(), (Messages{changeMessage("CRIM"), OnMessage, modeMessage(0x82)}));
+    desk.form.other->setFocus();
+    QCOMPARE(desk.taskBar.take(), Messages());
+    desk.form.edit->setFocus(); // each time anew
+    QCOMPARE(desk.taskBar.take(), (Messages{changeMessage("CRIM"), OnMessage, modeMessage(0x82)}));
 }
 
 void KYLineEditTest::focusSwitchesOff()
 {
-    const FepService service(true, true);
-    QVERIFY(service.isReady());
-    ChannelListener taskBar("QPE/TaskBar");
-    KYLineEdit::setPadControl(true);
-    Form form;
-    form.edit->editorMode(KYLineEdit::Keyboard, nullptr);
-    QVERIFY(form.begin());
-    form.edit->setFocus();
-    QCOMPARE(taskBar.take(), (Messages{changeMessage("Keyboard"), OffMessage, modeMessage(0x48)}));
+    Desk desk(true);
+    desk.form.edit->editorMode(KYLineEdit::Keyboard, nullptr);
+    QVERIFY(desk.begin());
+    desk.form.edit->setFocus();
+    QCOMPARE(desk.taskBar.take(), (Messages{changeMessage("Keyboard"), OffMessage, modeMessage(0x48)}));
 }
 
 void KYLineEditTest::tabAndMouseGiveTheFocusToo()
@@ -290,60 +295,46 @@ void KYLineEditTest::tabAndMouseGiveTheFocusToo()
 
 void KYLineEditTest::nothingWithoutControl()
 {
-    const FepService service(false, true);
-    QVERIFY(service.isReady());
-    ChannelListener taskBar("QPE/TaskBar");
-    Form form;
-    form.edit->editorMode(KYLineEdit::Crim, nullptr);
-    form.edit->setChangeAtOnce(true);
-    QVERIFY(form.begin());
-    form.edit->setFocus();
-    QCOMPARE(taskBar.take(), Messages());
-    QCOMPARE(form.edit->padName(), QString("CRIM"));
+    Desk desk;
+    KYLineEdit::setPadControl(false);
+    desk.form.edit->editorMode(KYLineEdit::Crim, nullptr);
+    desk.form.edit->setChangeAtOnce(true);
+    QVERIFY(desk.begin());
+    desk.form.edit->setFocus();
+    QCOMPARE(desk.taskBar.take(), Messages());
+    QCOMPARE(desk.form.edit->padName(), QString("CRIM"));
 }
 
 void KYLineEditTest::nothingWithoutName()
 {
-    const FepService service(false, true);
-    QVERIFY(service.isReady());
-    ChannelListener taskBar("QPE/TaskBar");
-    KYLineEdit::setPadControl(true);
-    Form form;
-    form.edit->setPadMode(QString(), 1, true);
-    QVERIFY(form.begin());
-    form.edit->setFocus();
-    QCOMPARE(taskBar.take(), Messages());
+    Desk desk;
+    desk.form.edit->setPadMode(QString(), 1, true);
+    QVERIFY(desk.begin());
+    desk.form.edit->setFocus();
+    QCOMPARE(desk.taskBar.take(), Messages());
 }
 
 void KYLineEditTest::emptyNameShowsThePresentOne()
 {
-    const FepService service(false, true);
-    QVERIFY(service.isReady());
-    ChannelListener taskBar("QPE/TaskBar");
-    KYLineEdit::setPadControl(true);
-    Form form;
-    form.edit->setPadMode("", 1, true);
-    QVERIFY(form.begin());
-    form.edit->setFocus();
-    QCOMPARE(taskBar.take(), Messages{ShowMessage});
+    Desk desk;
+    desk.form.edit->setPadMode("", 1, true);
+    QVERIFY(desk.begin());
+    desk.form.edit->setFocus();
+    QCOMPARE(desk.taskBar.take(), Messages{ShowMessage});
 }
 
 void KYLineEditTest::onADeviceWithAKeyboardOnlyTheMode()
 {
     qputenv("KY_SCREEN", "640x480");
-    const FepService service(false, true);
-    QVERIFY(service.isReady());
-    ChannelListener taskBar("QPE/TaskBar");
-    KYLineEdit::setPadControl(true);
-    Form form;
-    form.edit->editorMode(KYLineEdit::Crim, nullptr);
-    QVERIFY(form.begin());
-    form.edit->setFocus();
-    QCOMPARE(taskBar.take(), (Messages{OnMessage, modeMessage(0x82)}));
-    form.other->setFocus();
-    form.edit->setPadName("");
-    form.edit->setFocus();
-    QCOMPARE(taskBar.take(), Messages());
+    Desk desk;
+    desk.form.edit->editorMode(KYLineEdit::Crim, nullptr);
+    QVERIFY(desk.begin());
+    desk.form.edit->setFocus();
+    QCOMPARE(desk.taskBar.take(), (Messages{OnMessage, modeMessage(0x82)}));
+    desk.form.other->setFocus();
+    desk.form.edit->setPadName("");
+    desk.form.edit->setFocus();
+    QCOMPARE(desk.taskBar.take(), Messages());
 }
 
 void KYLineEditTest::changeAtOnce()
@@ -436,8 +427,10 @@ void KYLineEditTest::editStillWorks()
     QTest::keyClicks(form.edit, "10.0");
     QCOMPARE(form.edit->text(), QString("10.0"));
     form.edit->deselect();
+    const QSignalSpy finished(form.edit, &QLineEdit::editingFinished);
     QTest::keyClick(form.edit, Qt::Key_Backtab);
     QTRY_VERIFY_WITH_TIMEOUT(form.other->hasFocus(), 10000);
+    QCOMPARE(finished.size(), 1);
     QTest::keyClick(form.other, Qt::Key_Tab);
     QTRY_VERIFY_WITH_TIMEOUT(form.edit->hasFocus(), 10000);
     QCOMPARE(form.edit->selectedText(), QString("10.0")); // as any edit that the tab key reaches

@@ -4,12 +4,19 @@
 #include "privatebus.h"
 #include "qcopenvelope.h"
 #include "qpeapplication.h"
+#include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <QDBusConnectionInterface>
+#include <QDBusReply>
 #include <QDialog>
 #include <QtTest>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -76,6 +83,17 @@ private:
     bool m_listens = false;
 };
 
+/** Makes a bus silent that has answered so far. */
+bool suspend(const PrivateBus &bus)
+{
+    const QString name = "suspended";
+    const auto connection = QDBusConnection::connectToBus(bus.address(), name);
+    const QDBusReply<uint> pid = connection.interface()->servicePid("org.freedesktop.DBus");
+    const bool stopped = pid.isValid() && ::kill(pid_t(pid.value()), SIGSTOP) == 0;
+    QDBusConnection::disconnectFromBus(name);
+    return stopped;
+}
+
 // What a child does, by role.
 
 /** CHANNEL: says each message, and sends the "CHANNEL MESSAGE" lines of its input. */
@@ -100,6 +118,66 @@ int sendAndLeave(int argc, char **argv)
     QPEApplication application(argc, argv, "sender");
     for (int i = 0; i < QByteArray(argv[3]).toInt(); ++i)
         QCopChannel::send(argv[2], number(i));
+    return 0;
+}
+
+/** Makes every thread but this one come last, as under load. */
+void starveOtherThreads()
+{
+    constexpr int Lowest = 19;
+    const QStringList threads = QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString &thread : threads) {
+        if (thread.toInt() != ::gettid())
+            ::setpriority(PRIO_PROCESS, thread.toUInt(), Lowest);
+    }
+}
+
+/** CHANNEL WAY: runs a loop, sends one message as the last thing in it and ends by that way. */
+int sendFromLoopAndLeave(int argc, char **argv)
+{
+    const QByteArray channel = argv[2], way = argv[3];
+    auto application = std::make_unique<QCoreApplication>(argc, argv);
+    static_cast<void>(QCopChannel::isRunning("nobody")); // there is a connection
+    QTimer::singleShot(0, [&] {
+        starveOtherThreads();
+        QCopChannel::send(channel, "last()");
+        if (way == "exit")
+            std::exit(0);
+        QCoreApplication::quit();
+    });
+    const int result = QCoreApplication::exec();
+    if (way == "object kept")
+        static_cast<void>(application.release());
+    return result;
+}
+
+/** Sends one message when the process has left main(), if that is wished. */
+struct LateSender
+{
+    ~LateSender()
+    {
+        if (!channel.isEmpty())
+            QCopChannel::send(channel, "late()");
+    }
+    QByteArray channel;
+};
+
+/** CHANNEL: sends a message from a global that is older than the connection and so outlives it. */
+int sendBehindTheConnection(int, char **argv)
+{
+    static LateSender sender;
+    sender.channel = argv[2];
+    return QCopChannel::isRunning("nobody") ? 1 : 0;
+}
+
+/** CHANNEL: sends a message from a global that is younger than the connection. */
+int sendBeforeTheConnectionEnds(int, char **argv)
+{
+    if (QCopChannel::isRunning("nobody"))
+        return 1;
+    static LateSender sender;
+    sender.channel = argv[2];
+    starveOtherThreads();
     return 0;
 }
 
@@ -180,6 +258,12 @@ int childMain(int argc, char **argv)
         return listenAndTell(argc, argv);
     if (role == "leave")
         return sendAndLeave(argc, argv);
+    if (role == "loop")
+        return sendFromLoopAndLeave(argc, argv);
+    if (role == "outlives")
+        return sendBehindTheConnection(argc, argv);
+    if (role == "younger")
+        return sendBeforeTheConnectionEnds(argc, argv);
     if (role == "early")
         return sendWithoutApplication(argc, argv);
     if (role == "ring")
@@ -213,6 +297,11 @@ private slots:
     void reachesOtherProcesses();
     void passesRingOfProcesses();
     void messageBeforeReturnFromMainLeaves();
+    void lastMessageOfALoopLeaves_data();
+    void lastMessageOfALoopLeaves();
+    void messageOfAYoungerGlobalLeaves();
+    void messageOfAGlobalThatOutlivesTheBusIsSafe();
+    void lastMessageDoesNotWaitForASilentBus();
     void messageWithoutApplicationLeaves();
     void tellsWhoSent();
     void isRegisteredFollowsOtherProcess_data();
@@ -449,6 +538,60 @@ void QCopChannelTest::messageBeforeReturnFromMainLeaves()
     QCOMPARE(child.finish(), 0);
     QVERIFY(waitForMessages(listener, 200));
     QCOMPARE(listener.messages[199].first, QByteArray("199"));
+}
+
+void QCopChannelTest::lastMessageOfALoopLeaves_data()
+{
+    QTest::addColumn<QString>("way");
+    QTest::newRow("return from main") << "return";
+    QTest::newRow("application object kept") << "object kept";
+    QTest::newRow("exit in a slot") << "exit";
+}
+
+/** The bus connection has a thread of its own, which the end of the process doesn't wait for by itself. */
+void QCopChannelTest::lastMessageOfALoopLeaves()
+{
+    constexpr int Processes = 30;
+    QFETCH(QString, way);
+    Listener listener("Test/Last");
+    std::vector<std::unique_ptr<ChildProcess>> children;
+    for (int i = 0; i < Processes; ++i)
+        children.push_back(std::make_unique<ChildProcess>(QStringList{"loop", "Test/Last", way}));
+    for (const auto &child : children)
+        QCOMPARE(child->finish(), 0);
+    QVERIFY(waitForMessages(listener, Processes));
+    QVERIFY(settle());
+    QCOMPARE(listener.messages, QList<Message>(Processes, {"last()", ""}));
+}
+
+void QCopChannelTest::messageOfAYoungerGlobalLeaves()
+{
+    Listener listener("Test/Last");
+    for (int i = 1; i <= 10; ++i) {
+        ChildProcess child({"younger", "Test/Last"});
+        QCOMPARE(child.finish(), 0);
+        QVERIFY(waitForMessages(listener, i));
+    }
+}
+
+void QCopChannelTest::messageOfAGlobalThatOutlivesTheBusIsSafe()
+{
+    Listener listener("Test/Last");
+    ChildProcess child({"outlives", "Test/Last"});
+    QCOMPARE(child.finish(), 0);
+    QVERIFY(settle());
+    QVERIFY(listener.messages.isEmpty());
+}
+
+void QCopChannelTest::lastMessageDoesNotWaitForASilentBus()
+{
+    PrivateBus bus;
+    ChildProcess child({"alone"}, environmentWith("DBUS_SESSION_BUS_ADDRESS", bus.address()));
+    QVERIFY(!child.readLine().isEmpty());
+    child.write("go");
+    QCOMPARE(child.readLine(), QByteArray("queued ordered 0"));
+    QVERIFY(suspend(bus));
+    QCOMPARE(child.finish(), 0);
 }
 
 void QCopChannelTest::messageWithoutApplicationLeaves()
