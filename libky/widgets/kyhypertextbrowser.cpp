@@ -42,8 +42,12 @@ KyHyperTextBrowser::KyHyperTextBrowser(QWidget *parent, const char *name) : QTex
 {
     setObjectName(QString::fromUtf8(name));
     setOpenLinks(false);
-    connect(this, &QTextBrowser::anchorClicked, this,
-            [this] { setSource(LinkFinder::decodedLink(hrefUnder(textCursor()))); });
+    connect(this, &QTextBrowser::anchorClicked, this, [this](const QUrl &link) {
+        const QString href = hrefUnder(textCursor());
+        // They differ when the stylus is put down on one link and lifted from another.
+        if (QUrl(href) == link)
+            setSource(LinkFinder::decodedLink(href));
+    });
 }
 
 void KyHyperTextBrowser::setHyperText(QString &text, int flags)
