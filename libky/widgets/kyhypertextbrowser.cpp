@@ -52,13 +52,14 @@ KyHyperTextBrowser::KyHyperTextBrowser(QWidget *parent, const char *name) : QTex
 
 void KyHyperTextBrowser::setHyperText(QString &text, int flags)
 {
+    const QString original = text;
     QString copy = text;
     QString &linked = (flags & ChangeText) != 0 ? text : copy;
     if ((flags & EmailLinks) != 0)
         setEmailtoLink(linked);
     if ((flags & UrlLinks) != 0)
         setURLtoLink(linked);
-    setHtml((flags & EmailLinks) != 0 ? LinkFinder::withoutClosingBrackets(linked) : linked);
+    setHtml((flags & EmailLinks) != 0 ? LinkFinder::withoutClosingBrackets(linked, original) : linked);
 }
 
 void KyHyperTextBrowser::setEmailtoLink(QString &text)

@@ -251,10 +251,12 @@ void HyperTextTest::showsRichTextAlways()
 void HyperTextTest::addressInAngleBracketsShowsWithoutThem()
 {
     KyHyperTextBrowser browser;
-    QString text = "Name<user@host>";
-    browser.setHyperText(text, KyHyperTextBrowser::EmailLinks);
-    QCOMPARE(browser.toPlainText(), "Name user@host");
-    QCOMPARE(shownLinks(browser), QStringList{"user@host"});
+    for (const int flags : {2, 3, 18, 19}) {
+        QString text = "a@b> Name<user@host>";
+        browser.setHyperText(text, flags);
+        QCOMPARE(browser.toPlainText(), "a@b> Name user@host");
+        QCOMPARE(shownLinks(browser), (QStringList{"a@b", "user@host"}));
+    }
 }
 
 void HyperTextTest::startsTheProgramOfALink_data()
