@@ -166,24 +166,37 @@ QWidget *SettingsPage::makeFontSizes()
 
 QWidget *SettingsPage::makeColours()
 {
-    m_colours = new KyColorSelectorPopup(true, this, "colours", 0);
-    m_colour = makeMenuButton(m_colours);
+    m_colour = makeMenuButton(nullptr);
     m_colour->setObjectName(QStringLiteral("colour"));
     m_colour->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    makeColourMenu();
     showColour();
-    connect(m_colours, &KyColorSelectorPopup::selected, this, [this](QRgb colour) {
-        Preferences changed = m_preferences;
-        changed.highlight = QColor(colour);
-        keep(changed);
-        showColour();
-    });
-    connect(m_colours, &KyColorSelectorPopup::transparentSelected, this, [this] {
-        Preferences changed = m_preferences;
-        changed.highlight = QColor();
-        keep(changed);
-        showColour();
-    });
     return m_colour;
+}
+
+/* A menu for each use: one that is kept remembers what was chosen in it last, and to choose that again, with
+ * another choice between, would only close it. */
+void SettingsPage::makeColourMenu()
+{
+    if (m_colours)
+        m_colours->deleteLater();
+    m_colours = new KyColorSelectorPopup(true, this, "colours", 0);
+    if (m_preferences.highlight.isValid())
+        m_colours->setCurrentColor(m_preferences.highlight.rgb());
+    else
+        m_colours->setCurrentColorTransparent();
+    connect(m_colours, &KyColorSelectorPopup::selected, this, [this](QRgb colour) { chooseColour(colour); });
+    connect(m_colours, &KyColorSelectorPopup::transparentSelected, this, [this] { chooseColour({}); });
+    connect(m_colours, &QMenu::aboutToHide, this, &SettingsPage::makeColourMenu, Qt::QueuedConnection);
+    m_colour->setMenu(m_colours);
+}
+
+void SettingsPage::chooseColour(const QColor &colour)
+{
+    Preferences changed = m_preferences;
+    changed.highlight = colour;
+    keep(changed);
+    showColour();
 }
 
 void SettingsPage::showColour()
@@ -193,10 +206,6 @@ void SettingsPage::showColour()
     m_colour->setIcon(pixmap);
     m_colour->setText(m_preferences.highlight.isValid() ? m_preferences.highlight.name()
                                                         : tr("the desktop's"));
-    if (m_preferences.highlight.isValid())
-        m_colours->setCurrentColor(m_preferences.highlight.rgb());
-    else
-        m_colours->setCurrentColorTransparent();
 }
 
 void SettingsPage::addInputMethod()
