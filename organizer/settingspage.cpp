@@ -47,6 +47,15 @@ QLabel *makeValueLabel()
     return label;
 }
 
+/* May be narrower than its widest item, so that the page fits a small screen. */
+QComboBox *makeChoice()
+{
+    auto *box = new QComboBox;
+    box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    box->setMinimumContentsLength(8);
+    return box;
+}
+
 QToolButton *makeMenuButton(QMenu *menu)
 {
     auto *button = new QToolButton;
@@ -130,7 +139,7 @@ void SettingsPage::addAppearance()
 
 QWidget *SettingsPage::makeLanguages()
 {
-    m_languages = new QComboBox;
+    m_languages = makeChoice();
     m_languages->setObjectName(QStringLiteral("language"));
     for (const Language &language : Languages)
         m_languages->addItem(QString::fromUtf8(language.name), QString::fromLatin1(language.code));
@@ -212,7 +221,7 @@ void SettingsPage::addInputMethod()
 {
     QFormLayout *form = addSection(tr("Input method"));
     addValues(form, DeviceValues::inputMethod());
-    m_methods = new QComboBox;
+    m_methods = makeChoice();
     m_methods->setObjectName(QStringLiteral("inputMethod"));
     for (const char *method : InputMethods)
         m_methods->addItem(QString::fromLatin1(method));
@@ -228,7 +237,7 @@ void SettingsPage::addInputMethod()
 void SettingsPage::addLog()
 {
     QFormLayout *form = addSection(tr("Log"));
-    m_logTargets = new QComboBox;
+    m_logTargets = makeChoice();
     m_logTargets->setObjectName(QStringLiteral("log"));
     m_logTargets->addItem(tr("To where it was started"), Preferences::LogToTerminal);
     m_logTargets->addItem(tr("To files, ten in turn"), Preferences::LogToFile);

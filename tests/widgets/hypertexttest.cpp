@@ -63,6 +63,10 @@ private slots:
     void clearEmptiesTheView_data();
     void clearEmptiesTheView();
     void newTextStartsAtTheTop();
+    void tablesInsideOneAnother_data();
+    void tablesInsideOneAnother();
+    void tooManyTablesAreShownAsTheyStand();
+    void tablesBesideOneAnotherAreShown();
     void loadsNothing_data();
     void loadsNothing();
 };
@@ -627,6 +631,43 @@ void HyperTextTest::newTextStartsAtTheTop()
     browser.verticalScrollBar()->setValue(200);
     browser.setHyperText(text, 0);
     QCOMPARE(browser.verticalScrollBar()->value(), 0);
+}
+
+void HyperTextTest::tablesInsideOneAnother_data()
+{
+    QTest::addColumn<int>("tables");
+    QTest::addColumn<bool>("areTables");
+    QTest::newRow("ten") << 10 << true;
+    QTest::newRow("eleven") << 11 << false;
+    QTest::newRow("more than could ever be laid out") << 40 << false;
+    QTest::newRow("all that are read") << 1000 << false;
+}
+
+void HyperTextTest::tablesInsideOneAnother()
+{
+    QFETCH(const int, tables);
+    QFETCH(const bool, areTables);
+    KyHyperTextBrowser browser;
+    QString text = "<b>a</b> &lt;" + QString("<TABLE><tr><td>").repeated(tables) + "b  c";
+    browser.setHyperText(text, 3);
+    QCOMPARE(!browser.document()->rootFrame()->childFrames().isEmpty(), areTables);
+    QCOMPARE(browser.toPlainText().simplified(), "a < b c");
+}
+
+void HyperTextTest::tooManyTablesAreShownAsTheyStand()
+{
+    KyHyperTextBrowser browser;
+    QString text = QString("<table>").repeated(20000);
+    browser.setHyperText(text, 0);
+    QCOMPARE(browser.toPlainText(), text);
+}
+
+void HyperTextTest::tablesBesideOneAnotherAreShown()
+{
+    KyHyperTextBrowser browser;
+    QString text = QString("<table><tr><td>x</td></tr></table>").repeated(400);
+    browser.setHyperText(text, 0);
+    QCOMPARE(browser.document()->rootFrame()->childFrames().size(), 400);
 }
 
 void HyperTextTest::loadsNothing_data()
