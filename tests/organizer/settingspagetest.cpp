@@ -18,6 +18,7 @@
 #include <QComboBox>
 #include <QMenu>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QToolButton>
 
@@ -131,6 +132,7 @@ private slots:
     void inputMethodOfNobodyIsDisabled();
     void inputMethodIsAskedAndShown();
     void keyReachesThePage();
+    void fitsASmallScreen();
 };
 
 void SettingsPageTest::initTestCase()
@@ -395,6 +397,16 @@ void SettingsPageTest::keyReachesThePage()
     QVERIFY(window.settings()->isVisible());
     QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
     QVERIFY(!window.settings()->isVisible());
+}
+
+void SettingsPageTest::fitsASmallScreen()
+{
+    SettingsPage page;
+    page.resize(240, 280);
+    page.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&page));
+    QVERIFY(page.verticalScrollBar()->maximum() > 0);
+    QCOMPARE(page.horizontalScrollBar()->maximum(), 0);
 }
 
 QTEST_MAIN(SettingsPageTest)

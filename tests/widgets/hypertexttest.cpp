@@ -4,6 +4,7 @@
 #include "kyhypertextbrowser.h"
 #include "qpeapplication.h"
 #include <dlfcn.h>
+#include <QBuffer>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -118,6 +119,16 @@ QByteArray startedWith(const QString &name)
 QByteArray asArgument(const QString &text)
 {
     return text.toUtf8() + '\0';
+}
+
+/** A red picture as an address that holds it. */
+QString redInText()
+{
+    QImage red(1, 1, QImage::Format_RGB32);
+    red.fill(Qt::red);
+    QBuffer buffer;
+    red.save(&buffer, "PNG");
+    return "data:image/png;base64," + QString::fromLatin1(buffer.data().toBase64());
 }
 
 /** Tells which operations it is asked for. */
@@ -678,6 +689,7 @@ void HyperTextTest::loadsNothing_data()
     QTest::newRow("picture by address") << "<img src=\"file://" + picture + "\">";
     QTest::newRow("picture of a size") << "<img src=\"" + picture + "\" width=100 height=100>";
     QTest::newRow("picture in a tag of ours") << "<a href=\"x\"><img src=\"" + picture + "\"></a>";
+    QTest::newRow("picture in the text") << "<img width=60 height=60 src=\"" + redInText() + "\">";
     QTest::newRow("background") << "<table background=\"" + picture +
                                        "\"><tr><td>&nbsp;<br>&nbsp;</td></tr></table>";
     QTest::newRow("background by style")
