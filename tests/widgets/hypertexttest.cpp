@@ -651,7 +651,7 @@ void HyperTextTest::tablesInsideOneAnother_data()
     QTest::newRow("ten") << 10 << true;
     QTest::newRow("eleven") << 11 << false;
     QTest::newRow("more than could ever be laid out") << 40 << false;
-    QTest::newRow("all that are read") << 1000 << false;
+    QTest::newRow("all that are read") << 500 << false;
 }
 
 void HyperTextTest::tablesInsideOneAnother()
@@ -659,7 +659,8 @@ void HyperTextTest::tablesInsideOneAnother()
     QFETCH(const int, tables);
     QFETCH(const bool, areTables);
     KyHyperTextBrowser browser;
-    QString text = "<b>a</b> &lt;" + QString("<TABLE><tr><td>").repeated(tables) + "b  c";
+    QString text = "<b>a</b> &lt;" + QString("<TABLE><tr><td>").repeated(tables) + "b  c" +
+                   QString("</td></tr></table>").repeated(tables);
     browser.setHyperText(text, 3);
     QCOMPARE(!browser.document()->rootFrame()->childFrames().isEmpty(), areTables);
     QCOMPARE(browser.toPlainText().simplified(), "a < b c");
