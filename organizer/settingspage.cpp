@@ -47,6 +47,15 @@ QLabel *makeValueLabel()
     return label;
 }
 
+/* May be narrower than its widest item, so that the page fits a small screen. */
+QComboBox *makeChoice()
+{
+    auto *box = new QComboBox;
+    box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    box->setMinimumContentsLength(8);
+    return box;
+}
+
 QToolButton *makeMenuButton(QMenu *menu)
 {
     auto *button = new QToolButton;
@@ -130,7 +139,7 @@ void SettingsPage::addAppearance()
 
 QWidget *SettingsPage::makeLanguages()
 {
-    m_languages = new QComboBox;
+    m_languages = makeChoice();
     m_languages->setObjectName(QStringLiteral("language"));
     for (const Language &language : Languages)
         m_languages->addItem(QString::fromUtf8(language.name), QString::fromLatin1(language.code));
@@ -166,24 +175,37 @@ QWidget *SettingsPage::makeFontSizes()
 
 QWidget *SettingsPage::makeColours()
 {
-    m_colours = new KyColorSelectorPopup(true, this, "colours", 0);
-    m_colour = makeMenuButton(m_colours);
+    m_colour = makeMenuButton(nullptr);
     m_colour->setObjectName(QStringLiteral("colour"));
     m_colour->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    makeColourMenu();
     showColour();
-    connect(m_colours, &KyColorSelectorPopup::selected, this, [this](QRgb colour) {
-        Preferences changed = m_preferences;
-        changed.highlight = QColor(colour);
-        keep(changed);
-        showColour();
-    });
-    connect(m_colours, &KyColorSelectorPopup::transparentSelected, this, [this] {
-        Preferences changed = m_preferences;
-        changed.highlight = QColor();
-        keep(changed);
-        showColour();
-    });
     return m_colour;
+}
+
+/* A menu for each use: one that is kept remembers what was chosen in it last, and to choose that again, with
+ * another choice between, would only close it. */
+void SettingsPage::makeColourMenu()
+{
+    if (m_colours)
+        m_colours->deleteLater();
+    m_colours = new KyColorSelectorPopup(true, this, "colours", 0);
+    if (m_preferences.highlight.isValid())
+        m_colours->setCurrentColor(m_preferences.highlight.rgb());
+    else
+        m_colours->setCurrentColorTransparent();
+    connect(m_colours, &KyColorSelectorPopup::selected, this, [this](QRgb colour) { chooseColour(colour); });
+    connect(m_colours, &KyColorSelectorPopup::transparentSelected, this, [this] { chooseColour({}); });
+    connect(m_colours, &QMenu::aboutToHide, this, &SettingsPage::makeColourMenu, Qt::QueuedConnection);
+    m_colour->setMenu(m_colours);
+}
+
+void SettingsPage::chooseColour(const QColor &colour)
+{
+    Preferences changed = m_preferences;
+    changed.highlight = colour;
+    keep(changed);
+    showColour();
 }
 
 void SettingsPage::showColour()
@@ -193,17 +215,13 @@ void SettingsPage::showColour()
     m_colour->setIcon(pixmap);
     m_colour->setText(m_preferences.highlight.isValid() ? m_preferences.highlight.name()
                                                         : tr("the desktop's"));
-    if (m_preferences.highlight.isValid())
-        m_colours->setCurrentColor(m_preferences.highlight.rgb());
-    else
-        m_colours->setCurrentColorTransparent();
 }
 
 void SettingsPage::addInputMethod()
 {
     QFormLayout *form = addSection(tr("Input method"));
     addValues(form, DeviceValues::inputMethod());
-    m_methods = new QComboBox;
+    m_methods = makeChoice();
     m_methods->setObjectName(QStringLiteral("inputMethod"));
     for (const char *method : InputMethods)
         m_methods->addItem(QString::fromLatin1(method));
@@ -219,7 +237,7 @@ void SettingsPage::addInputMethod()
 void SettingsPage::addLog()
 {
     QFormLayout *form = addSection(tr("Log"));
-    m_logTargets = new QComboBox;
+    m_logTargets = makeChoice();
     m_logTargets->setObjectName(QStringLiteral("log"));
     m_logTargets->addItem(tr("To where it was started"), Preferences::LogToTerminal);
     m_logTargets->addItem(tr("To files, ten in turn"), Preferences::LogToFile);

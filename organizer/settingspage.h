@@ -46,6 +46,8 @@ private:
     [[nodiscard]] QWidget *makeLanguages();
     [[nodiscard]] QWidget *makeFontSizes();
     [[nodiscard]] QWidget *makeColours();
+    void makeColourMenu();
+    void chooseColour(const QColor &colour);
 
     void refresh();
     void refreshInputMethod();

@@ -15,7 +15,8 @@ namespace {
 /* Columns of the grid. */
 enum Column { Picture, Name, Fill, Free };
 
-constexpr int FullScale = 1000; // of the bar
+constexpr int FullScale = 1000;  // of the bar
+constexpr int NarrowestBar = 40; // pixels; the style wants more than a small screen has
 
 qint64 totalOf(const FileSystem &volume)
 {
@@ -91,6 +92,7 @@ void VolumesView::fill()
         auto *bar = new QProgressBar;
         bar->setRange(0, FullScale);
         bar->setTextVisible(false);
+        bar->setMinimumWidth(NarrowestBar);
         bar->setMaximumHeight(fontMetrics().height());
         m_grid->addWidget(picture, row, Picture);
         m_grid->addWidget(new QLabel(volume->uiName()), row, Name);

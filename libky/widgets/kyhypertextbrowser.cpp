@@ -7,8 +7,12 @@
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QTextCursor>
+#include <QTextFrame>
+#include <utility>
 
 namespace {
+
+constexpr qsizetype MostTableTags = 1000; // opening and closing ones
 
 constexpr QLatin1String MailScheme("mailto:");
 
@@ -22,6 +26,45 @@ QString hrefUnder(QTextCursor cursor)
 {
     cursor.setPosition(cursor.selectionEnd());
     return cursor.charFormat().anchorHref();
+}
+
+/** A text that is only read, not laid out, and loads nothing. */
+class UnseenDocument : public QTextDocument
+{
+protected:
+    QVariant loadResource(int, const QUrl &) override { return QByteArray(""); }
+};
+
+bool hasDeepTables(const QTextDocument &document)
+{
+    QList<QTextFrame *> level{document.rootFrame()};
+    for (int depth = 0; depth <= KyHyperTextBrowser::DeepestTable && !level.isEmpty(); ++depth) {
+        QList<QTextFrame *> next;
+        for (const QTextFrame *frame : std::as_const(level))
+            next += frame->childFrames();
+        level = next;
+    }
+    return !level.isEmpty();
+}
+
+/** To lay out a table takes twice the time for each further table that it stands in, so that 300 characters
+ * of a mail could keep the application busy for ever. Their text is shown without any tables then; as it
+ * stands, where even to read them would take too long. */
+QString withoutDeepTables(const QString &html)
+{
+    const qsizetype tags = html.count(QLatin1String("table"), Qt::CaseInsensitive); // as many, or fewer
+    if (tags <= KyHyperTextBrowser::DeepestTable)
+        return html;
+    QString text = html;
+    if (tags <= MostTableTags) {
+        UnseenDocument document;
+        document.setHtml(html);
+        if (!hasDeepTables(document))
+            return html;
+        text = document.toPlainText();
+    }
+    return QLatin1String("<p style=\"white-space: pre-wrap\">") + text.toHtmlEscaped() +
+           QLatin1String("</p>");
 }
 
 bool isSafeArgument(const QString &argument)
@@ -42,19 +85,25 @@ KyHyperTextBrowser::KyHyperTextBrowser(QWidget *parent, const char *name) : QTex
 {
     setObjectName(QString::fromUtf8(name));
     setOpenLinks(false);
-    connect(this, &QTextBrowser::anchorClicked, this,
-            [this] { setSource(LinkFinder::decodedLink(hrefUnder(textCursor()))); });
+    connect(this, &QTextBrowser::anchorClicked, this, [this](const QUrl &link) {
+        const QString href = hrefUnder(textCursor());
+        // They differ when the stylus is put down on one link and lifted from another.
+        if (QUrl(href) == link)
+            setSource(LinkFinder::decodedLink(href));
+    });
 }
 
 void KyHyperTextBrowser::setHyperText(QString &text, int flags)
 {
+    const QString original = text;
     QString copy = text;
     QString &linked = (flags & ChangeText) != 0 ? text : copy;
     if ((flags & EmailLinks) != 0)
         setEmailtoLink(linked);
     if ((flags & UrlLinks) != 0)
         setURLtoLink(linked);
-    setHtml((flags & EmailLinks) != 0 ? LinkFinder::withoutClosingBrackets(linked) : linked);
+    setHtml(withoutDeepTables((flags & EmailLinks) != 0 ? LinkFinder::withoutClosingBrackets(linked, original)
+                                                        : linked));
 }
 
 void KyHyperTextBrowser::setEmailtoLink(QString &text)

@@ -29,11 +29,15 @@ public:
         ChangeText = 16 ///< the caller's string gets the links too
     };
 
+    static constexpr int DeepestTable = 10; ///< tables inside one another that are shown as tables
+
     explicit KyHyperTextBrowser(QWidget *parent = nullptr, const char *name = nullptr);
 
     /**
      * Shows a text, always as rich text: setEmailtoLink(), then setURLtoLink(), as far as they are asked for.
-     * Of an address in angle brackets neither bracket is shown.
+     * Of an address in angle brackets neither bracket is shown. Of a text with more than DeepestTable tables
+     * inside one another only the plain text is, without links: the view would never get ready. It takes its
+     * time for long texts, too; applications cut those that they have from strangers.
      * @param text changed only with ChangeText
      * @param flags values of HyperTextFlag
      */

@@ -1,7 +1,6 @@
 #include "linkfinder_p.h"
 #include <algorithm>
 #include <initializer_list>
-#include <QRegularExpression>
 
 namespace {
 
@@ -64,6 +63,11 @@ QString linkStart(QLatin1String scheme, const QString &address)
     for (const Encoding &encoding : Encodings)
         href.replace(encoding.character, encoding.code);
     return QLatin1String("<a href=\"") + scheme + href + QLatin1String("\">");
+}
+
+QString emailLink(const QString &address)
+{
+    return linkStart(QLatin1String("mailto:"), address) + address + LinkEnd;
 }
 
 /** The first character of the text where nothing ends the address. */
@@ -137,11 +141,10 @@ QString LinkFinder::withEmailLinks(const QString &text)
     for (qsizetype at = text.indexOf(u'@'); at >= 0; at = text.indexOf(u'@', done)) {
         const qsizetype start = addressStart(text, at);
         const qsizetype end = addressEnd(text, at);
-        const QString address = text.sliced(start, end - start);
         result += QStringView(text).sliced(done, start - done);
         if (result.endsWith(u'<')) // <name@host> would be a tag
             result.back() = u' ';
-        result += linkStart(QLatin1String("mailto:"), address) + address + LinkEnd;
+        result += emailLink(text.sliced(start, end - start));
         done = end;
     }
     return result += QStringView(text).sliced(done);
@@ -161,10 +164,27 @@ QString LinkFinder::withUrlLinks(const QString &text)
     return result += QStringView(text).sliced(done);
 }
 
-QString LinkFinder::withoutClosingBrackets(const QString &text)
+QString LinkFinder::withoutClosingBrackets(const QString &linked, const QString &text)
 {
-    static const QRegularExpression bracketed(QStringLiteral(R"re(( <a href="mailto:[^"]*">[^<]*</a>)>)re"));
-    return QString(text).replace(bracketed, QStringLiteral("\\1"));
+    QString result;
+    qsizetype done = 0;
+    for (qsizetype at = text.indexOf(u'@'), end = 0; at >= 0; at = text.indexOf(u'@', end)) {
+        const qsizetype start = addressStart(text, at);
+        end = addressEnd(text, at);
+        const bool isClosed = end < text.size() && text[end] == u'>';
+        if (!isClosed || start == 0 || !QStringView(u" <").contains(text[start - 1]))
+            continue;
+        // Those behind a blank look the same by now, and are passed over one by one.
+        const QString link = u' ' + emailLink(text.sliced(start, end - start)) + u'>';
+        const qsizetype place = linked.indexOf(link, done);
+        if (place < 0) // links of another kind
+            break;
+        const bool isBracketed = text[start - 1] == u'<';
+        const qsizetype next = place + link.size();
+        result += QStringView(linked).sliced(done, next - done - (isBracketed ? 1 : 0));
+        done = next;
+    }
+    return result += QStringView(linked).sliced(done);
 }
 
 QString LinkFinder::decodedLink(const QString &href)

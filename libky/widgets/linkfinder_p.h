@@ -21,8 +21,9 @@ constexpr int MaxNestedLinks = 16;
 /** Every web address as a link, from the first "http://" on; from the first "https://" when there is none. */
 [[nodiscard]] QString withUrlLinks(const QString &text);
 
-/** A text of withEmailLinks() without the ">" behind those links whose "<" has become a blank. */
-[[nodiscard]] QString withoutClosingBrackets(const QString &text);
+/** What has become of a text by the operations above, without the ">" of each <name@host> of that text. The
+ * "<" is a blank by then. */
+[[nodiscard]] QString withoutClosingBrackets(const QString &linked, const QString &text);
 
 /** The address that an href of withUrlLinks() stands for: the characters '"', '<' and '>' again. */
 [[nodiscard]] QString decodedLink(const QString &href);

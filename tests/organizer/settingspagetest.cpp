@@ -17,6 +17,8 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QMenu>
+#include <QPushButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QToolButton>
 
@@ -65,6 +67,39 @@ void chooseFont(const SettingsPage &page, const QString &text)
     }
 }
 
+QMenu *openColours(const SettingsPage &page)
+{
+    QMenu *menu = page.findChild<QToolButton *>("colour")->menu();
+    menu->popup(page.mapToGlobal(QPoint(0, 0)));
+    return QTest::qWaitForWindowExposed(menu) ? menu : nullptr;
+}
+
+/* Waits for the menu of the next use. */
+void expectAnotherMenu(const SettingsPage &page, const QMenu *menu)
+{
+    QTRY_VERIFY_WITH_TIMEOUT(page.findChild<QToolButton *>("colour")->menu() != menu, Patience);
+}
+
+void chooseColour(const SettingsPage &page, const QColor &colour)
+{
+    QMenu *menu = openColours(page);
+    QVERIFY(menu);
+    auto *table = menu->findChild<KyColorTable *>();
+    table->setCurrentColor(colour.rgb());
+    QTest::keyClick(table, Qt::Key_Return);
+    QVERIFY(!menu->isVisible());
+    expectAnotherMenu(page, menu);
+}
+
+void chooseDesktopColour(const SettingsPage &page)
+{
+    QMenu *menu = openColours(page);
+    QVERIFY(menu);
+    QTest::mouseClick(menu->findChild<QPushButton *>(), Qt::LeftButton);
+    QVERIFY(!menu->isVisible());
+    expectAnotherMenu(page, menu);
+}
+
 QString settingsFolder()
 {
     return QDir::homePath() + QLatin1String("/Settings");
@@ -88,6 +123,7 @@ private slots:
     void fontSizeHoldsAtOnceAndIsKept();
     void fontSizeOutOfRangeIsTheNearest();
     void colourHoldsAtOnceAndIsKept();
+    void coloursAndTheDesktopsTakeTurns();
     void desktopColourComesBack();
     void logGoesToTheNextFileAndBack();
     void languageIsKept();
@@ -96,6 +132,7 @@ private slots:
     void inputMethodOfNobodyIsDisabled();
     void inputMethodIsAskedAndShown();
     void keyReachesThePage();
+    void fitsASmallScreen();
 };
 
 void SettingsPageTest::initTestCase()
@@ -230,18 +267,28 @@ void SettingsPageTest::colourHoldsAtOnceAndIsKept()
     MainWindow window;
     window.showPage(window.settings());
     QVERIFY(showActive(window));
-    auto *button = window.settings()->findChild<QToolButton *>("colour");
-    QMenu *menu = button->menu();
-    menu->popup(window.mapToGlobal(QPoint(0, 0)));
-    QTRY_VERIFY(menu->isVisible());
-    auto *table = menu->findChild<KyColorTable *>();
-    table->setCurrentColor(qRgb(0xff, 0xff, 0));
-    QTest::keyClick(table, Qt::Key_Return);
-    QTRY_VERIFY(!menu->isVisible());
+    chooseColour(*window.settings(), Qt::yellow);
     QCOMPARE(QApplication::palette().color(QPalette::Highlight), QColor(Qt::yellow));
     QCOMPARE(QApplication::palette().color(QPalette::HighlightedText), QColor(Qt::black));
     QCOMPARE(Preferences::load().highlight, QColor(Qt::yellow));
-    QCOMPARE(button->text(), QString("#ffff00"));
+    QCOMPARE(window.settings()->findChild<QToolButton *>("colour")->text(), QString("#ffff00"));
+}
+
+void SettingsPageTest::coloursAndTheDesktopsTakeTurns()
+{
+    const QColor desktop = QApplication::palette().color(QPalette::Highlight);
+    MainWindow window;
+    window.showPage(window.settings());
+    QVERIFY(showActive(window));
+    for (int turn = 0; turn < 2; ++turn) {
+        chooseColour(*window.settings(), Qt::yellow);
+        QCOMPARE(QApplication::palette().color(QPalette::Highlight), QColor(Qt::yellow));
+        for (int again = 0; again < 3; ++again) {
+            chooseDesktopColour(*window.settings());
+            QCOMPARE(QApplication::palette().color(QPalette::Highlight), desktop);
+        }
+    }
+    QVERIFY(!Preferences::load().highlight.isValid());
 }
 
 void SettingsPageTest::desktopColourComesBack()
@@ -350,6 +397,16 @@ void SettingsPageTest::keyReachesThePage()
     QVERIFY(window.settings()->isVisible());
     QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
     QVERIFY(!window.settings()->isVisible());
+}
+
+void SettingsPageTest::fitsASmallScreen()
+{
+    SettingsPage page;
+    page.resize(240, 280);
+    page.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&page));
+    QVERIFY(page.verticalScrollBar()->maximum() > 0);
+    QCOMPARE(page.horizontalScrollBar()->maximum(), 0);
 }
 
 QTEST_MAIN(SettingsPageTest)

@@ -133,6 +133,21 @@ protected:
     }
 };
 
+/** Collects the panels that it is asked for. */
+class PanelWatch : public QProxyStyle
+{
+public:
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                       const QWidget *widget) const override
+    {
+        if (const auto *frame = qstyleoption_cast<const QStyleOptionFrame *>(option);
+            element == PE_Frame && frame)
+            panels.append(*frame);
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+    mutable QList<QStyleOptionFrame> panels;
+};
+
 /** Collects the keys that a child left alone. */
 class KeyWatch : public QWidget
 {
@@ -184,6 +199,7 @@ private slots:
     void takesFocusByTabAndTap();
     void showsAllCellsAtItsSizeHint();
     void cellIsSunkenPanelInItsColour();
+    void styleDrawsThePanel();
     void oddStylesPaintTheColourToo_data();
     void oddStylesPaintTheColourToo();
     void currentCellHasBlackRectangle();
@@ -301,6 +317,21 @@ void ColorTableTest::cellIsSunkenPanelInItsColour()
             QVERIFY(edge != color);
             QVERIFY(edge != ground);
         }
+    }
+}
+
+void ColorTableTest::styleDrawsThePanel()
+{
+    PanelWatch watch;
+    const auto table = shownTable();
+    table->setStyle(&watch);
+    watch.panels.clear();
+    (void)picture(*table);
+    QCOMPARE(watch.panels.size(), Rows * Columns);
+    for (const QStyleOptionFrame &panel : std::as_const(watch.panels)) {
+        QCOMPARE(panel.rect, QRect(1, 1, Width - 2, Height - 2));
+        QCOMPARE(panel.lineWidth, 1);
+        QVERIFY(panel.state & QStyle::State_Sunken);
     }
 }
 

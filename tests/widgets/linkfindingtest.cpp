@@ -31,6 +31,7 @@ private slots:
     void insertedAttributesStayClosed();
     void closingBracketsGoWithTheOpeningOnes_data();
     void closingBracketsGoWithTheOpeningOnes();
+    void linksOfAnotherKindKeepTheirBrackets();
     void decodesWhatIsEncoded();
 };
 
@@ -229,9 +230,27 @@ void LinkFindingTest::longTexts_data()
 {
     QTest::addColumn<QString>("piece");
     QTest::addColumn<QString>("end");
-    for (const char *piece :
-         {"@", "@ ", "a@", "<@", "@;", "@&gt;", "x", "http://", "http://a ", "https://a ", "http", "<br",
-          "http://a<br>", "&", "<a href=\"mailto:", " <a href=\"mailto:a\">", "\"", "<", "東"}) {
+    for (const char *piece : {"@",
+                              "@ ",
+                              "a@",
+                              "<@",
+                              "@;",
+                              "@&gt;",
+                              "<@>",
+                              " @>",
+                              "x",
+                              "http://",
+                              "http://a ",
+                              "https://a ",
+                              "http",
+                              "<br",
+                              "http://a<br>",
+                              "&",
+                              "<a href=\"mailto:",
+                              " <a href=\"mailto:a\">",
+                              "\"",
+                              "<",
+                              "東"}) {
         for (const char *end : {"", "@", " ", " http://a "})
             QTest::addRow("%s...%s", piece, end) << QString::fromUtf8(piece) << QString::fromUtf8(end);
     }
@@ -247,7 +266,8 @@ void LinkFindingTest::longTexts()
     QCOMPARE(withEmail.count("<a href=\"mailto:") > text.count("<a href=\"mailto:"), text.contains(u'@'));
     const QString withUrl = LinkFinder::withUrlLinks(text);
     QCOMPARE(withUrl.contains("<a href=\"http"), text.contains("http://") || text.contains("https://"));
-    QVERIFY(LinkFinder::withoutClosingBrackets(withEmail).size() <= withEmail.size());
+    QCOMPARE(withEmail.size() - LinkFinder::withoutClosingBrackets(withEmail, text).size(),
+             text.count("<@>"));
 }
 
 void LinkFindingTest::escapedTextYieldsNothingButLinks_data()
@@ -333,19 +353,35 @@ void LinkFindingTest::closingBracketsGoWithTheOpeningOnes_data()
                              << "x  a@b, c@d y";
     QTest::newRow("two behind") << "x <a@b>> y"
                                 << "x  a@b> y";
-    QTest::newRow("no opening one") << "x,a@b> y"
-                                    << "x,a@b> y";
+    QTest::newRow("at the ends") << "<a@b>"
+                                 << " a@b";
+    QTest::newRow("none in front") << "x,a@b> y"
+                                   << "x,a@b> y";
+    QTest::newRow("blank in front") << "x a@b> y"
+                                    << "x a@b> y";
+    QTest::newRow("with and without one in front") << "x a@b> <a@b> a@b> <a@b>"
+                                                   << "x a@b>  a@b a@b>  a@b";
     QTest::newRow("apart") << "x <a@b > y"
                            << "x  a@b > y";
     QTest::newRow("escaped") << "x &lt;a@b&gt; y"
                              << "x <a@b> y";
+    QTest::newRow("web address in front") << "http://x/ <a@b> http://y,<a@b> z"
+                                          << "http://x/  a@b http://y, a@b z";
+    QTest::newRow("web address across a link") << "http://x,a@b> <c@d>"
+                                               << "http://x, href=\"mailto:a@b\">a@b>  c@d";
 }
 
 void LinkFindingTest::closingBracketsGoWithTheOpeningOnes()
 {
     QFETCH(const QString, text);
     QFETCH(const QString, expected);
-    QCOMPARE(shown(LinkFinder::withoutClosingBrackets(LinkFinder::withEmailLinks(text))).text, expected);
+    const QString linked = LinkFinder::withUrlLinks(LinkFinder::withEmailLinks(text));
+    QCOMPARE(shown(LinkFinder::withoutClosingBrackets(linked, text)).text, expected);
+}
+
+void LinkFindingTest::linksOfAnotherKindKeepTheirBrackets()
+{
+    QCOMPARE(LinkFinder::withoutClosingBrackets("x a@b> <a@b>>", "x <a@b>"), "x a@b> <a@b>>");
 }
 
 void LinkFindingTest::decodesWhatIsEncoded()
