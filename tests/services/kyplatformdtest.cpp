@@ -33,6 +33,7 @@ private slots:
     void tellsItsOptions_data();
     void tellsItsOptions();
     void unknownOptionFails();
+    void argumentsFail();
     void treeIsCompleteWhenNameIsThere();
     void secondStartExits();
     void eachHomeHasItsOwn();
@@ -75,6 +76,13 @@ void KyPlatformDTest::unknownOptionFails()
     PlatformService service(Environment::systemEnvironment(), {"--nonsense"});
     QCOMPARE(service.exitCode(), 1);
     QVERIFY(service.errors().contains("nonsense"));
+}
+
+void KyPlatformDTest::argumentsFail()
+{
+    PlatformService service(Environment::systemEnvironment(), {"start"});
+    QCOMPARE(service.exitCode(), 1);
+    QCOMPARE(service.errors(), QByteArray("kyplatformd: it takes no arguments but options\n"));
 }
 
 void KyPlatformDTest::treeIsCompleteWhenNameIsThere()
