@@ -9,8 +9,8 @@
 /**
  * The server process behind `stopSamba()` and `startSamba()`: the service unit that the key "Unit" of the
  * group [Samba] in $HOME/Settings/kyplatformd.conf names, such as smbd.service. Without it nothing happens.
- * The key "Bus" says whose unit it is: system, which is the default, or user. One call is under way at a time;
- * of the messages that arrive meanwhile the last one counts.
+ * The key "Bus" says whose unit it is: system, which is the default, or user. One call is under way at a
+ * time; of the messages that arrive meanwhile the last one counts.
  */
 class FileServer : public QObject
 {

@@ -126,6 +126,8 @@ void TaskBar::setLock(QCopArguments &arguments)
         unlock(sender);
         return;
     }
+    if (m_locks.contains(sender))
+        return;
     qDebug("kyplatformd: %s locks the task bar", sender.constData());
     m_locks.insert(sender);
     m_senders.add(sender);
