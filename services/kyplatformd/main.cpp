@@ -54,14 +54,19 @@ int fail(const char *reason)
     return 1;
 }
 
+/** Empty when there is none that belongs to this user alone. */
+QString runtimeFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+}
+
 /** The device tree of this profile; null on a device, whose root is the machine's own. */
 std::unique_ptr<DeviceTree> makeTree()
 {
     const QString root = qEnvironmentVariable("KY_DEVICE_ROOT");
     if (root.isEmpty() || QDir(root).isRoot())
         return nullptr;
-    const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    return std::make_unique<DeviceTree>(root, runtime + "/ky-" + SessionBus::profile() + "/proc");
+    return std::make_unique<DeviceTree>(root, runtimeFolder() + "/ky-" + SessionBus::profile() + "/proc");
 }
 
 /** The bus of the whole machine; not connected where there is none. */
@@ -106,6 +111,8 @@ int main(int argc, char **argv)
     if (!quitOnSignals(signalNotifier))
         return fail("cannot handle signals");
 
+    if (runtimeFolder().isEmpty()) // its files would lie in the root of the machine
+        return fail("there is no runtime folder");
     if (!SessionBus::isAvailable())
         return fail("there is no session bus");
     if (!SessionBus::requestName(SessionBus::serviceName("service"), false))

@@ -98,6 +98,7 @@ private slots:
     void startedServiceEndsCleanly();
     void manyApplicationsStartOneService();
     void startIsNotWaitedFor();
+    void serviceThatNeverServesIsGivenUp();
     void busWithoutServiceCostsNoTime();
     void machineWithoutBusCostsNoTime();
     void presentServiceIsNotStartedAgain();
@@ -152,6 +153,16 @@ void ActivationTest::startIsNotWaitedFor()
     const QByteArray time = child.readLine();
     QVERIFY2(!time.isEmpty() && time.toInt() < TooLong, time);
     QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(bus.marker()), 10000);
+}
+
+void ActivationTest::serviceThatNeverServesIsGivenUp()
+{
+    ActivatingBus bus("/bin/sh -c \"touch MARKER; sleep 15\"");
+    ChildProcess child({}, bus.environment());
+    const QByteArray time = child.readLine();
+    QVERIFY2(time.toInt() >= 2000 && time.toInt() < 8000, time);
+    QCOMPARE(child.readLine(), QByteArray("none"));
+    QVERIFY(QFile::exists(bus.marker()));
 }
 
 void ActivationTest::busWithoutServiceCostsNoTime()

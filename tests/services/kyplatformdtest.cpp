@@ -42,6 +42,7 @@ private slots:
     void endsWithItsBus();
     void startsAgainAfterKill();
     void needsBus();
+    void needsRuntimeFolder();
     void needsNoDeviceRoot();
     void keepsForeignProcFolder();
     void failsWhereRootCannotBeWritten();
@@ -173,6 +174,21 @@ void KyPlatformDTest::needsBus()
     QCOMPARE(service.exitCode(), 1);
     QCOMPARE(service.errors(), QByteArray("kyplatformd: there is no session bus\n"));
     QVERIFY(!QFileInfo(procLink()).isSymLink());
+}
+
+void KyPlatformDTest::needsRuntimeFolder()
+{
+    QTemporaryDir temporary;
+    QFile inTheWay(temporary.filePath("runtime-" + QFileInfo(temporary.path()).owner()));
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    Environment environment = environmentWith("XDG_RUNTIME_DIR", "/proc/version");
+    environment.insert("TMPDIR", temporary.path()); // one would be made here in its place
+    PlatformService service(environment);
+    QCOMPARE(service.exitCode(), 1);
+    const QByteArray errors = service.errors();
+    QVERIFY2(errors.endsWith("kyplatformd: there is no runtime folder\n"), errors);
+    QVERIFY(!QFileInfo(procLink()).isSymLink());
+    QVERIFY(!QFile::exists("/ky-" + SessionBus::profile()));
 }
 
 void KyPlatformDTest::needsNoDeviceRoot()
