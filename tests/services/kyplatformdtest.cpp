@@ -46,6 +46,7 @@ private slots:
     void needsNoDeviceRoot();
     void keepsForeignProcFolder();
     void failsWhereRootCannotBeWritten();
+    void failsWhereFilesCannotBeKept();
     void removesMarkerOfCategoryEditing();
 };
 
@@ -214,6 +215,19 @@ void KyPlatformDTest::failsWhereRootCannotBeWritten()
     PlatformService service(environmentWith("KY_DEVICE_ROOT", "/proc/nowhere"));
     QCOMPARE(service.exitCode(), 1);
     QVERIFY(service.errors().contains("kyplatformd: cannot make /proc/nowhere/proc"));
+}
+
+void KyPlatformDTest::failsWhereFilesCannotBeKept()
+{
+    QTemporaryDir runtime; // for the user alone, as it has to be
+    const QString profile = runtime.filePath("ky-" + SessionBus::profile());
+    QFile inTheWay(profile);
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    PlatformService service(environmentWith("XDG_RUNTIME_DIR", runtime.path()));
+    QCOMPARE(service.exitCode(), 1);
+    QCOMPARE(service.errors(), "kyplatformd: cannot write " + QFile::encodeName(profile) +
+                                   "/proc/apm: its folder cannot be made\n");
+    QVERIFY(!QFileInfo(procLink()).isSymLink());
 }
 
 void KyPlatformDTest::removesMarkerOfCategoryEditing()
