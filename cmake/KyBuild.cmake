@@ -37,3 +37,7 @@ function(ky_module name)
     target_include_directories(${name} PUBLIC $<TARGET_PROPERTY:${used},INTERFACE_INCLUDE_DIRECTORIES>)
   endforeach()
 endfunction()
+
+# Where the public headers lie: for the installation, and for the test that each of them compiles alone.
+set(ky_public_folders platform/core platform/qcop platform/storage platform/pim platform/ui libky/record libky/device
+  libky/network libky/waitbox libky/widgets)

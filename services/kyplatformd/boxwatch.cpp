@@ -102,10 +102,17 @@ void BoxWatch::closeAsked(const QString &box)
 {
     if (box.isEmpty())
         m_closersOfAll.insert(m_channel.messageSource());
-    else {
+    else if (canBeWatched(box)) {
         m_boxes.insert(box, QElapsedTimer());
         m_closes.add(lockFile(box));
     }
+}
+
+/** False for what nobody has and only fills the memory. */
+bool BoxWatch::canBeWatched(const QString &box) const
+{
+    return QFile::encodeName(box).size() <= LongestPath &&
+           (m_boxes.size() < MostBoxes || m_boxes.contains(box));
 }
 
 void BoxWatch::openSent(const QString &box)

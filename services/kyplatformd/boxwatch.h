@@ -19,6 +19,9 @@ class BoxWatch : public QObject
     Q_OBJECT
 public:
     static constexpr int FreeTime = 300; // ms
+    /** Boxes watched at a time; a request for one more is ignored. */
+    static constexpr qsizetype MostBoxes = 256;
+    static constexpr qsizetype LongestPath = 255; // bytes in the path of a box
 
     explicit BoxWatch(QObject *parent = nullptr);
 
@@ -29,6 +32,7 @@ private:
     void handleMessage(const QByteArray &message, const QByteArray &data);
     void closeAsked(const QString &box);
     void openSent(const QString &box);
+    [[nodiscard]] bool canBeWatched(const QString &box) const;
     void lookSoon();
     void forget(const QString &box);
     void check();

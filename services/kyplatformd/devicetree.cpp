@@ -100,8 +100,10 @@ void DeviceTree::write(const QString &name, const QByteArray &contents)
         return;
     QSaveFile file(path);
     // Without the flush, commit() would put a cut-off file in place when the disk is full.
-    if (QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
-        file.write(contents) == contents.size() && file.flush() && file.commit())
+    if (!QDir().mkpath(QFileInfo(path).path()))
+        fail(path, QStringLiteral("its folder cannot be made"));
+    else if (file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.flush() &&
+             file.commit())
         m_written.insert(name, contents);
     else
         fail(path, file.errorString());

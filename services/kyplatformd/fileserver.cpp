@@ -1,9 +1,9 @@
 #include "fileserver.h"
 #include "config.h"
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QRegularExpression>
+#include <utility>
 
 namespace {
 
@@ -28,9 +28,11 @@ bool FileServer::isServiceUnit(const QString &name)
 void FileServer::handleMessage(const QByteArray &message)
 {
     if (message == "stopSamba()")
-        control(QStringLiteral("StopUnit"));
+        m_wanted = QStringLiteral("StopUnit");
     else if (message == "startSamba()")
-        control(QStringLiteral("StartUnit"));
+        m_wanted = QStringLiteral("StartUnit");
+    if (!m_call && !m_wanted.isEmpty())
+        control(std::exchange(m_wanted, QString()));
 }
 
 void FileServer::control(const QString &method)
@@ -61,12 +63,18 @@ void FileServer::call(QDBusConnection bus, const QString &method, const QString 
     QDBusMessage message = QDBusMessage::createMethodCall(
         "org.freedesktop.systemd1", "/org/freedesktop/systemd1", "org.freedesktop.systemd1.Manager", method);
     message << unit << "replace"; // of a stop and a start close together the later one counts
-    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(message, AnswerTime), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, method, unit] {
-        const QDBusPendingReply<> reply = *watcher;
-        if (reply.isError())
-            qWarning("kyplatformd: %s %s failed: %s", qUtf8Printable(method), qUtf8Printable(unit),
-                     qUtf8Printable(reply.error().message()));
-        watcher->deleteLater();
-    });
+    m_call = std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(message, AnswerTime));
+    connect(m_call.get(), &QDBusPendingCallWatcher::finished, this,
+            [this, method, unit] { takeAnswer(method, unit); });
+}
+
+void FileServer::takeAnswer(const QString &method, const QString &unit)
+{
+    const QDBusPendingReply<> reply = *m_call;
+    m_call.release()->deleteLater();
+    if (reply.isError())
+        qWarning("kyplatformd: %s %s failed: %s", qUtf8Printable(method), qUtf8Printable(unit),
+                 qUtf8Printable(reply.error().message()));
+    if (!m_wanted.isEmpty())
+        control(std::exchange(m_wanted, QString()));
 }

@@ -8,6 +8,7 @@
 #include "taskbar.h"
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <memory>
 #include <QCommandLineParser>
@@ -53,14 +54,19 @@ int fail(const char *reason)
     return 1;
 }
 
+/** Empty when there is none that belongs to this user alone. */
+QString runtimeFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+}
+
 /** The device tree of this profile; null on a device, whose root is the machine's own. */
 std::unique_ptr<DeviceTree> makeTree()
 {
     const QString root = qEnvironmentVariable("KY_DEVICE_ROOT");
     if (root.isEmpty() || QDir(root).isRoot())
         return nullptr;
-    const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    return std::make_unique<DeviceTree>(root, runtime + "/ky-" + SessionBus::profile() + "/proc");
+    return std::make_unique<DeviceTree>(root, runtimeFolder() + "/ky-" + SessionBus::profile() + "/proc");
 }
 
 /** The bus of the whole machine; not connected where there is none. */
@@ -71,7 +77,8 @@ QDBusConnection systemBus()
     return SessionBus::open(address.isEmpty() ? usual : address, QStringLiteral("ky-system"));
 }
 
-void readOptions(const QCoreApplication &application)
+/** @return true when the bus has started this process */
+bool readOptions(const QCoreApplication &application)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
@@ -80,7 +87,14 @@ void readOptions(const QCoreApplication &application)
         "applications ask of the device.");
     parser.addHelpOption();
     parser.addVersionOption();
+    const QCommandLineOption activated("activated", "Tells that the session bus has started the service.");
+    parser.addOption(activated);
     parser.process(application);
+    if (!parser.positionalArguments().isEmpty()) {
+        std::fprintf(stderr, "kyplatformd: it takes no arguments but options\n");
+        std::exit(1);
+    }
+    return parser.isSet(activated);
 }
 
 } // namespace
@@ -90,13 +104,15 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName("kyplatformd");
     QCoreApplication::setApplicationVersion(KY_VERSION);
-    readOptions(application);
+    const bool activated = readOptions(application);
     if (::pipe2(signalPipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return fail("no pipe");
     QSocketNotifier signalNotifier(signalPipe[0], QSocketNotifier::Read);
     if (!quitOnSignals(signalNotifier))
         return fail("cannot handle signals");
 
+    if (runtimeFolder().isEmpty()) // its files would lie in the root of the machine
+        return fail("there is no runtime folder");
     if (!SessionBus::isAvailable())
         return fail("there is no session bus");
     if (!SessionBus::requestName(SessionBus::serviceName("service"), false))
@@ -111,7 +127,10 @@ int main(int argc, char **argv)
     const PowerDuty power(system, session);
     const FileServer fileServer(system, session);
     const TaskBar taskBar(session);
-    SessionBus::requestName("org.ky.Platform", true); // of whichever profile; the bus starts us by it
+    // The bus starts nobody while the name is taken. A service of another HOME, started by hand, would keep
+    // it from starting that of the session's own.
+    if (activated)
+        SessionBus::requestName("org.ky.Platform", true);
     SessionBus::requestName(SessionBus::serviceName("platform"), false); // tells that all is ready
     return QCoreApplication::exec();
 }

@@ -22,8 +22,8 @@ void PowerDuty::handleMessage(const QByteArray &message, const QByteArray &data)
 
 void PowerDuty::setMode(const QByteArray &sender, int mode)
 {
-    qDebug("kyplatformd: screen saver mode %d from %s", mode, sender.constData());
-    Demand demand = m_demands.value(sender);
+    const Demand before = m_demands.value(sender);
+    Demand demand = before;
     switch (mode) {
     case KeepRunning:
         demand = {true, false, false};
@@ -40,6 +40,9 @@ void PowerDuty::setMode(const QByteArray &sender, int mode)
     default:
         return;
     }
+    if (demand == before) // as of an application that repeats its wish all the time
+        return;
+    qDebug("kyplatformd: screen saver mode %d from %s", mode, sender.constData());
     m_demands.insert(sender, demand);
     m_senders.add(sender);
     apply();

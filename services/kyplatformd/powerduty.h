@@ -37,6 +37,8 @@ private:
         bool sleep = false;
         bool idle = false; ///< nor the screen go dark
         bool saver = false;
+
+        bool operator==(const Demand &other) const = default;
     };
 
     void handleMessage(const QByteArray &message, const QByteArray &data);

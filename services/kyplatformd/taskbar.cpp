@@ -54,6 +54,10 @@ TaskBar::TaskBar(const QDBusConnection &session, QObject *parent)
 {
     connect(&m_channel, &QCopChannel::received, this, &TaskBar::handleMessage);
     connect(&m_senders, &SenderWatch::ended, this, &TaskBar::unlock);
+    // From the event loop, so that of many messages in a row, each of which may cost a disk some
+    // milliseconds, the last state counts.
+    m_timer.setSingleShot(true);
+    connect(&m_timer, &QTimer::timeout, this, &TaskBar::keepState);
     m_state.write();
 }
 
@@ -74,8 +78,12 @@ void TaskBar::handleMessage(const QByteArray &message, const QByteArray &data)
         setMethod(arguments);
     else
         setSwitch(message);
-    if (m_state == before)
-        return;
+    if (m_state != before && !m_timer.isActive())
+        m_timer.start();
+}
+
+void TaskBar::keepState()
+{
     qDebug("kyplatformd: input method \"%s\", mode %d, %s, %s", qUtf8Printable(m_state.method), m_state.mode,
            m_state.on ? "on" : "off", m_state.visible ? "shown" : "hidden");
     m_state.write();
@@ -118,6 +126,8 @@ void TaskBar::setLock(QCopArguments &arguments)
         unlock(sender);
         return;
     }
+    if (m_locks.contains(sender))
+        return;
     qDebug("kyplatformd: %s locks the task bar", sender.constData());
     m_locks.insert(sender);
     m_senders.add(sender);

@@ -6,6 +6,7 @@
 #include "qcopenvelope.h"
 #include "senderwatch.h"
 #include <QSet>
+#include <QTimer>
 
 /**
  * The task bar's part of the messages on "QPE/TaskBar". What applications ask of the input method becomes the
@@ -27,6 +28,7 @@ public:
 
 private:
     void handleMessage(const QByteArray &message, const QByteArray &data);
+    void keepState();
     void setSwitch(const QByteArray &message);
     void setMode(QCopArguments &arguments);
     void setMethod(QCopArguments &arguments);
@@ -37,6 +39,7 @@ private:
     SenderWatch m_senders;
     QSet<QByteArray> m_locks; ///< senders
     FepState m_state;
+    QTimer m_timer; ///< until the state is written
 };
 
 #endif

@@ -98,16 +98,17 @@ private slots:
     void startedServiceEndsCleanly();
     void manyApplicationsStartOneService();
     void startIsNotWaitedFor();
+    void serviceThatNeverServesIsGivenUp();
     void busWithoutServiceCostsNoTime();
     void machineWithoutBusCostsNoTime();
     void presentServiceIsNotStartedAgain();
     void testsStartNothing();
-    void profilesWaitInLineForTheName();
+    void serviceOfAnotherHomeDoesNotPreventTheStart();
 };
 
 void ActivationTest::applicationHasTheServiceStarted()
 {
-    ActivatingBus bus(KY_PLATFORMD);
+    ActivatingBus bus(KY_PLATFORMD " --activated");
     ChildProcess child({}, bus.environment());
     QVERIFY(!child.readLine().isNull());
     QCOMPARE(child.readLine(), QByteArray("files"));
@@ -117,7 +118,7 @@ void ActivationTest::applicationHasTheServiceStarted()
 
 void ActivationTest::startedServiceEndsCleanly()
 {
-    ActivatingBus bus(KY_PLATFORMD);
+    ActivatingBus bus(KY_PLATFORMD " --activated");
     ChildProcess child({}, bus.environment());
     QVERIFY(!child.readLine().isNull());
     const QDBusConnection connection = QDBusConnection::connectToBus(
@@ -133,7 +134,7 @@ void ActivationTest::startedServiceEndsCleanly()
 
 void ActivationTest::manyApplicationsStartOneService()
 {
-    ActivatingBus bus(KY_PLATFORMD);
+    ActivatingBus bus(KY_PLATFORMD " --activated");
     std::vector<std::unique_ptr<ChildProcess>> children;
     for (int i = 0; i < 5; ++i)
         children.push_back(std::make_unique<ChildProcess>(QStringList(), bus.environment()));
@@ -152,6 +153,16 @@ void ActivationTest::startIsNotWaitedFor()
     const QByteArray time = child.readLine();
     QVERIFY2(!time.isEmpty() && time.toInt() < TooLong, time);
     QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(bus.marker()), 10000);
+}
+
+void ActivationTest::serviceThatNeverServesIsGivenUp()
+{
+    ActivatingBus bus("/bin/sh -c \"touch MARKER; sleep 15\"");
+    ChildProcess child({}, bus.environment());
+    const QByteArray time = child.readLine();
+    QVERIFY2(time.toInt() >= 2000 && time.toInt() < 8000, time);
+    QCOMPARE(child.readLine(), QByteArray("none"));
+    QVERIFY(QFile::exists(bus.marker()));
 }
 
 void ActivationTest::busWithoutServiceCostsNoTime()
@@ -200,25 +211,23 @@ void ActivationTest::testsStartNothing()
     QDBusConnection::disconnectFromBus("testsStartNothing");
 }
 
-void ActivationTest::profilesWaitInLineForTheName()
+void ActivationTest::serviceOfAnotherHomeDoesNotPreventTheStart()
 {
-    ActivatingBus bus;
+    ActivatingBus bus(KY_PLATFORMD " --activated");
     QTemporaryDir other;
     Environment environment = bus.environment();
     environment.insert("HOME", other.path());
     environment.insert("KY_DEVICE_ROOT", other.filePath("root"));
-    PlatformService first(bus.environment());
-    QTRY_VERIFY_WITH_TIMEOUT(bus.hasOwner(platformName()), 10000);
-    const QString holder = bus.ownerOf("org.ky.Platform");
-    QCOMPARE(holder, bus.ownerOf(platformName()));
-    PlatformService second(environment);
+    PlatformService startedByHand(environment);
     QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(other.filePath("root/proc/apm")), 10000);
-    QTest::qWait(300);
-    QCOMPARE(bus.ownerOf("org.ky.Platform"), holder);
-    first.signal(SIGTERM);
-    QCOMPARE(first.exitCode(), 0);
-    QTRY_VERIFY_WITH_TIMEOUT(bus.hasOwner("org.ky.Platform"), 10000);
-    QVERIFY(bus.ownerOf("org.ky.Platform") != holder);
+    ChildProcess child({}, bus.environment());
+    QVERIFY(!child.readLine().isNull());
+    QCOMPARE(child.readLine(), QByteArray("files"));
+    QCOMPARE(bus.ownerOf("org.ky.Platform"), bus.ownerOf(platformName()));
+    QVERIFY(QFile::exists(other.filePath("root/proc/apm")));
+    startedByHand.signal(SIGTERM);
+    QCOMPARE(startedByHand.exitCode(), 0);
+    QVERIFY(bus.hasTree());
 }
 
 KY_TEST_MAIN_WITH_CHILD(ActivationTest, childMain)

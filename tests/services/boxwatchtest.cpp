@@ -11,6 +11,8 @@ private slots:
     void boxThatNobodyHoldsIsGivenFree();
     void releasedBoxIsMended();
     void boxesAreWatchedApart();
+    void requestsBeyondTheMostAreIgnored();
+    void pathThatIsTooLongIsIgnored();
 };
 
 void BoxWatchTest::lockFileLiesBesideTheBox()
@@ -70,6 +72,36 @@ void BoxWatchTest::boxesAreWatchedApart()
     second.kill();
     QTRY_COMPARE(opened.seen.size(), 2);
     QCOMPARE(opened.seen[1], box("H.BOX") + " kyplatformd");
+}
+
+void BoxWatchTest::requestsBeyondTheMostAreIgnored()
+{
+    constexpr qsizetype count = BoxWatch::MostBoxes + 50;
+    QStringList boxes;
+    for (qsizetype i = 0; i < count; ++i)
+        boxes.append(box(QString("flood%1.BOX").arg(i)));
+    OpenFiles opened(boxes);
+    for (const QString &path : boxes)
+        sendClose(path, "opener");
+    QTRY_VERIFY(opened.seen.size() >= BoxWatch::MostBoxes);
+    // It is free for new ones again, and those before come first.
+    OpenFiles later({box("later.BOX")});
+    sendClose(box("later.BOX"), "opener");
+    QTRY_COMPARE(later.seen.size(), 1);
+    QCOMPARE(opened.seen.size(), BoxWatch::MostBoxes);
+}
+
+void BoxWatchTest::pathThatIsTooLongIsIgnored()
+{
+    const QString longest = '/' + QString(BoxWatch::LongestPath - 1, 'l');
+    OpenFiles opened({longest, longest + 'l'});
+    sendClose(longest + 'l', "opener");
+    sendClose(longest, "opener");
+    QTRY_COMPARE(opened.seen, QStringList{longest + " kyplatformd"});
+    sendClose(box("after.BOX"), "opener");
+    OpenFiles after({box("after.BOX")});
+    QTRY_COMPARE(after.seen.size(), 1);
+    QCOMPARE(opened.seen.size(), 1);
 }
 
 KY_TEST_MAIN_WITH_CHILD(BoxWatchTest, childMain)

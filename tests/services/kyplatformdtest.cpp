@@ -33,6 +33,7 @@ private slots:
     void tellsItsOptions_data();
     void tellsItsOptions();
     void unknownOptionFails();
+    void argumentsFail();
     void treeIsCompleteWhenNameIsThere();
     void secondStartExits();
     void eachHomeHasItsOwn();
@@ -41,9 +42,11 @@ private slots:
     void endsWithItsBus();
     void startsAgainAfterKill();
     void needsBus();
+    void needsRuntimeFolder();
     void needsNoDeviceRoot();
     void keepsForeignProcFolder();
     void failsWhereRootCannotBeWritten();
+    void failsWhereFilesCannotBeKept();
     void removesMarkerOfCategoryEditing();
 };
 
@@ -75,6 +78,13 @@ void KyPlatformDTest::unknownOptionFails()
     PlatformService service(Environment::systemEnvironment(), {"--nonsense"});
     QCOMPARE(service.exitCode(), 1);
     QVERIFY(service.errors().contains("nonsense"));
+}
+
+void KyPlatformDTest::argumentsFail()
+{
+    PlatformService service(Environment::systemEnvironment(), {"start"});
+    QCOMPARE(service.exitCode(), 1);
+    QCOMPARE(service.errors(), QByteArray("kyplatformd: it takes no arguments but options\n"));
 }
 
 void KyPlatformDTest::treeIsCompleteWhenNameIsThere()
@@ -167,6 +177,21 @@ void KyPlatformDTest::needsBus()
     QVERIFY(!QFileInfo(procLink()).isSymLink());
 }
 
+void KyPlatformDTest::needsRuntimeFolder()
+{
+    QTemporaryDir temporary;
+    QFile inTheWay(temporary.filePath("runtime-" + QFileInfo(temporary.path()).owner()));
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    Environment environment = environmentWith("XDG_RUNTIME_DIR", "/proc/version");
+    environment.insert("TMPDIR", temporary.path()); // one would be made here in its place
+    PlatformService service(environment);
+    QCOMPARE(service.exitCode(), 1);
+    const QByteArray errors = service.errors();
+    QVERIFY2(errors.endsWith("kyplatformd: there is no runtime folder\n"), errors);
+    QVERIFY(!QFileInfo(procLink()).isSymLink());
+    QVERIFY(!QFile::exists("/ky-" + SessionBus::profile()));
+}
+
 void KyPlatformDTest::needsNoDeviceRoot()
 {
     Environment environment = Environment::systemEnvironment();
@@ -190,6 +215,19 @@ void KyPlatformDTest::failsWhereRootCannotBeWritten()
     PlatformService service(environmentWith("KY_DEVICE_ROOT", "/proc/nowhere"));
     QCOMPARE(service.exitCode(), 1);
     QVERIFY(service.errors().contains("kyplatformd: cannot make /proc/nowhere/proc"));
+}
+
+void KyPlatformDTest::failsWhereFilesCannotBeKept()
+{
+    QTemporaryDir runtime; // for the user alone, as it has to be
+    const QString profile = runtime.filePath("ky-" + SessionBus::profile());
+    QFile inTheWay(profile);
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    PlatformService service(environmentWith("XDG_RUNTIME_DIR", runtime.path()));
+    QCOMPARE(service.exitCode(), 1);
+    QCOMPARE(service.errors(), "kyplatformd: cannot write " + QFile::encodeName(profile) +
+                                   "/proc/apm: its folder cannot be made\n");
+    QVERIFY(!QFileInfo(procLink()).isSymLink());
 }
 
 void KyPlatformDTest::removesMarkerOfCategoryEditing()

@@ -191,6 +191,7 @@ private slots:
     void modeOfSenderThatEndedBeforeIsReleased();
 
     void refusedIdlePartHoldsOffScreenSaver();
+    void repeatedModeIsLoggedOnce();
     void refusalIsToldOnce();
     void refusedChangeKeepsTheSmallerInhibitor();
     void refusedChangeLetsGoOfTheLargerInhibitor();
@@ -395,6 +396,17 @@ void PowerDutyTest::refusedIdlePartHoldsOffScreenSaver()
     QTRY_COMPARE(state(), "sleep");
     sendMode(2);
     QTRY_COMPARE(state(), "sleep:idle");
+}
+
+void PowerDutyTest::repeatedModeIsLoggedOnce()
+{
+    startDuty();
+    LogCapture log;
+    for (const int mode : {2, 2, 2, 200, 200, 7})
+        sendMode(mode);
+    QTRY_COMPARE(log.lines().filter("screen saver mode 200").size(), 1);
+    settleAll();
+    QCOMPARE(log.lines().filter("screen saver mode").size(), 2);
 }
 
 void PowerDutyTest::refusalIsToldOnce()
