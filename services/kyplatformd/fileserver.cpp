@@ -53,7 +53,7 @@ void FileServer::control(const QString &method)
         qWarning("kyplatformd: the bus of a unit is system or user, not \"%s\"", qUtf8Printable(bus));
 }
 
-void FileServer::call(QDBusConnection bus, const QString &method, const QString &unit)
+void FileServer::call(const QDBusConnection &bus, const QString &method, const QString &unit)
 {
     if (!bus.isConnected()) {
         qWarning("kyplatformd: %s %s: there is no such bus", qUtf8Printable(method), qUtf8Printable(unit));

@@ -27,7 +27,7 @@ public:
 private:
     void handleMessage(const QByteArray &message);
     void control(const QString &method);
-    void call(QDBusConnection bus, const QString &method, const QString &unit);
+    void call(const QDBusConnection &bus, const QString &method, const QString &unit);
     void takeAnswer(const QString &method, const QString &unit);
 
     const QDBusConnection m_system;
