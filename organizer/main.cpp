@@ -47,15 +47,21 @@ Options parseOptions(const QStringList &arguments)
           QStringLiteral("folder")},
          {QStringLiteral("sample"), QStringLiteral("Fill empty boxes with samples.")},
          {QStringLiteral("screen"), QStringLiteral("Size of the screen."), QStringLiteral("WxH"),
-          QStringLiteral("480x640")}});
+          qEnvironmentVariable("KY_SCREEN", QStringLiteral("480x640"))}});
     parser.process(arguments);
     const std::optional<QSize> screen = parseScreen(parser.value(QStringLiteral("screen")));
     if (!screen) {
-        std::fprintf(stderr, "kyorganizer: --screen takes a size such as 480x640\n");
+        std::fprintf(stderr, "kyorganizer: --screen and KY_SCREEN take a size such as 480x640\n");
         std::exit(2);
     }
     return {parser.value(QStringLiteral("name")), parser.value(QStringLiteral("import")),
             parser.value(QStringLiteral("tour")), parser.isSet(QStringLiteral("sample")), *screen};
+}
+
+/* The library and the programs started from here take the same screen for the desktop. */
+void setDesktop(const QSize &screen)
+{
+    qputenv("KY_SCREEN", QByteArray::number(screen.width()) + 'x' + QByteArray::number(screen.height()));
 }
 
 /* The pages with what the options bring along, as pictures. */
@@ -105,9 +111,7 @@ int main(int argc, char **argv)
     QPEApplication application(argc, argv);
     const Options options = parseOptions(arguments);
     application.setName(options.name.toUtf8());
-    if (!qEnvironmentVariableIsSet("KY_SCREEN"))
-        qputenv("KY_SCREEN",
-                QStringLiteral("%1x%2").arg(options.screen.width()).arg(options.screen.height()).toLatin1());
+    setDesktop(options.screen);
     Preferences::load().apply();
     if (!options.tour.isEmpty())
         return runTour(options);

@@ -55,6 +55,7 @@ private slots:
     void samplesFillEmptyBoxesOnly();
     void tourShowsAllPages();
     void tourOfAnEmptyProfileShowsAllPages();
+    void screenOfTheEnvironmentIsTaken();
     void secondStartEndsAndRaisesTheFirst();
     void secondStartImportsNothing();
     void otherNameIsAnotherApplication();
@@ -121,7 +122,8 @@ void MainWindowTest::tourShowsAllPages()
     for (const char *line :
          {"contacts: 300 contacts, from ", "contacts-category: Business: ", "contacts-search: 200 contacts",
           "tasks: 9 tasks, from ", "tasks-category: Business: 3 tasks", "memos: 5 memos, from ",
-          "memos-category: Business: 1 memo, from Meeting notes", "categories: 9 categories"})
+          "memos-category: Business: 1 memo, from Meeting notes", "categories: 9 categories",
+          "  Desktop: 800 x 600 pixels, landscape"})
         QVERIFY2(lines.contains(line), lines);
     for (const char *page :
          {"contacts", "contact", "contacts-search", "tasks", "task", "memos", "memo", "tasks-category"}) {
@@ -137,6 +139,17 @@ void MainWindowTest::tourOfAnEmptyProfileShowsAllPages()
     QCOMPARE(organizer.ended(60000), 0);
     const QByteArray lines = organizer.output();
     QVERIFY2(lines.contains("contacts: 0 contacts\n") && lines.contains("memos: 0 memos\n"), lines);
+}
+
+void MainWindowTest::screenOfTheEnvironmentIsTaken()
+{
+    const QTemporaryDir folder;
+    qputenv("KY_SCREEN", "320x480");
+    Organizer organizer({"--tour", folder.path()});
+    qunsetenv("KY_SCREEN");
+    QCOMPARE(organizer.ended(60000), 0);
+    QVERIFY(organizer.output().contains("  Desktop: 320 x 480 pixels, portrait"));
+    QCOMPARE(QImage(folder.filePath("settings.png")).width(), 320);
 }
 
 void MainWindowTest::secondStartEndsAndRaisesTheFirst()
