@@ -41,6 +41,7 @@ inline int childMain(int argc, char **argv)
     if (*argv[2] && fd < 0)
         return 1;
     sendClose(QString::fromLocal8Bit(argv[3]), "holder");
+    SessionBus::flush(); // whoever hears of it below may send something that is to come behind it
     ChildInput input([&](const QByteArray &line) {
         const bool done = line == "release" ? ::close(fd) == 0 : (fd = take()) >= 0;
         ChildProcess::say(done ? "done" : "failed");
