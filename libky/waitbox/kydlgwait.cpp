@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPointer>
+#include <QShowEvent>
 #include <QTimer>
 #include <QTimerEvent>
 
