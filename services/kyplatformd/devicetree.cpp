@@ -5,7 +5,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QStorageInfo>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace {
@@ -18,6 +18,15 @@ qint64 memoryValue(const QByteArray &meminfo, const QByteArray &key)
             return line.mid(key.size() + 1).simplified().split(' ').value(0).toLongLong() * 1024;
     }
     return 0;
+}
+
+/** Bytes that a user without privileges can still fill where HOME lies. Asked of the system, not of the mount
+ * table, which doesn't show that volume inside a changed root. */
+quint64 freeStorage()
+{
+    struct statvfs volume = {};
+    ::statvfs(QFile::encodeName(QDir::homePath()).constData(), &volume);
+    return quint64(volume.f_bavail) * volume.f_frsize;
 }
 
 } // namespace
@@ -69,11 +78,10 @@ QByteArray DeviceTree::memoryHeader(const QByteArray &meminfo)
 bool DeviceTree::refresh()
 {
     m_complete = true;
-    const QStorageInfo home(QDir::homePath());
     write("apm", apmLine(m_sources.powerSupplies));
     write("meminfo", memoryHeader(fileContents("/proc/meminfo")));
     write("cpuinfo", m_processor);
-    writeLine("fs/jffs2/1f:03/reliable_free_size", QByteArray::number(home.bytesAvailable()));
+    writeLine("fs/jffs2/1f:03/reliable_free_size", QByteArray::number(freeStorage()));
     writeIdentity();
     m_warned = !m_complete;
     return m_complete;
