@@ -40,4 +40,4 @@ endfunction()
 
 # Where the public headers lie: for the installation, and for the test that each of them compiles alone.
 set(ky_public_folders platform/core platform/qcop platform/storage platform/pim platform/ui libky/record libky/device
-  libky/network libky/waitbox libky/widgets)
+  libky/network libky/postal libky/waitbox libky/widgets)

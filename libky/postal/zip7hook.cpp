@@ -1,0 +1,6 @@
+#include "ydic.h"
+
+int Zip7Hook(void)
+{
+    return 0;
+}
