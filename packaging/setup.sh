@@ -1,7 +1,7 @@
 # Sourced by ./run and ./test: installs what is missing from Debian, configures and builds.
 # Needs $top, the repository's root.
 
-packages_to_build=(g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-svg-dev libsqlite3-dev libicu-dev
+packages_to_build=(g++ cmake ninja-build ccache pkg-config xz-utils qt6-base-dev qt6-svg-dev libsqlite3-dev libicu-dev
   dbus fonts-ipafont-gothic tzdata)
 packages_to_test=(xvfb xauth binutils)
 
