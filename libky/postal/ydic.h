@@ -82,7 +82,7 @@ KY_EXPORT int ZipFin(ydic_info *info);
  * even inside a character, and a NUL. A result follows the one before it at once.
  *
  * @param code seven ASCII digits, perhaps with a hyphen behind the third
- * @param max how many results are wanted at most
+ * @param max how many results are wanted at most; there are never more than 809, all that 16 bits can count
  * @param result room for @p max times (YDIC_ADDRESS_LENGTH + 1) bytes; begins with a NUL when there is no
  * result
  * @return number of results, different from each other, in the order of the file; 0 when there is no such

@@ -1,0 +1,95 @@
+#include "commands.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <string_view>
+
+namespace {
+
+using namespace ZipDict;
+
+constexpr int WrongArguments = 2;
+
+struct Command
+{
+    std::string_view name;
+    const char *usage;
+    const char *help;
+    int (*run)(const Arguments &);
+};
+
+constexpr Command Commands[] = {
+    {"write", "write [--edition N] [--businesses FILE] [--quiet | --verbose] PLACES -o FILE",
+     "makes a dictionary from the CSV files of the postal operator", writeCommand},
+    {"patch",
+     "patch [--from N] [--to N] [--serial N] [--businesses-old FILE --businesses-new FILE] OLD NEW -o FILE",
+     "makes the patch that turns the dictionary of the older places into that of the newer", patchCommand},
+    {"dump", "dump FILE", "prints a dictionary or a patch", dumpCommand},
+    {"check", "check FILE", "tells every rule of the format that a dictionary or a patch breaks",
+     checkCommand},
+    {"lookup", "lookup [--dictionary FILE [--patch FILE]] [--max N] WORD...",
+     "prints the addresses of a code, or the codes of an address", lookupCommand},
+};
+
+bool asksForHelp(std::string_view argument)
+{
+    return argument == "--help" || argument == "-h";
+}
+
+void printUsage(FILE *out, const Command &command)
+{
+    std::fprintf(out, "Usage: kyzipdict %s\n", command.usage);
+}
+
+void printHelp(FILE *out)
+{
+    std::fputs("Usage: kyzipdict COMMAND ...\n\n", out);
+    for (const Command &command : Commands)
+        std::fprintf(out, "  %s\n      %s\n", command.usage, command.help);
+    std::fputs("\nA file name - of PLACES stands for standard input.\n", out);
+}
+
+int runCommand(const Command &command, const Arguments &arguments)
+{
+    if (std::ranges::any_of(arguments, asksForHelp)) {
+        printUsage(stdout, command);
+        std::printf("It %s.\n", command.help);
+        return 0;
+    }
+    const int code = command.run(arguments);
+    if (code == WrongArguments)
+        printUsage(stderr, command);
+    return code;
+}
+
+int run(const Arguments &arguments)
+{
+    if (arguments.empty()) {
+        printHelp(stderr);
+        return WrongArguments;
+    }
+    if (asksForHelp(arguments.front())) {
+        printHelp(stdout);
+        return 0;
+    }
+    const auto *command = std::ranges::find(Commands, std::string_view(arguments.front()), &Command::name);
+    if (command == std::end(Commands)) {
+        std::fprintf(stderr, "kyzipdict: unknown command %s\n", arguments.front().c_str());
+        printHelp(stderr);
+        return WrongArguments;
+    }
+    return runCommand(*command, {arguments.begin() + 1, arguments.end()});
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        return run({argv + 1, argv + std::max(argc, 1)});
+    } catch (const std::exception &error) { // no memory left
+        std::fprintf(stderr, "kyzipdict: %s\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,16 @@
+#ifndef OUTPUTFILE_H
+#define OUTPUTFILE_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ZipDict {
+
+/** Writes a file as a whole: one that is there stays as it is until the new one is complete. Tells on
+ * standard error what went wrong. @return false when nothing was written */
+[[nodiscard]] bool replaceFile(const std::string &path, const std::vector<uint8_t> &bytes);
+
+} // namespace ZipDict
+
+#endif
