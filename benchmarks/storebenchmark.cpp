@@ -1,5 +1,6 @@
 // Measures the record store beside plain SQLite, in one run; README.md tells what each line means.
 #include "contacts.h"
+#include "processtime.h"
 #include "report.h"
 #include "scratch.h"
 #include "sqliteside.h"
@@ -12,7 +13,6 @@
 #include <functional>
 #include <numeric>
 #include <random>
-#include <spawn.h>
 #include <sys/wait.h>
 
 namespace {
@@ -238,23 +238,6 @@ void measureNavigation(Report &report, Stage &small, Stage &large)
     }
     small.store.close();
     large.store.close();
-}
-
-double runTime(const char *program, const std::vector<std::string> &arguments)
-{
-    std::vector<char *> pointers = {const_cast<char *>(program)};
-    for (const std::string &argument : arguments)
-        pointers.push_back(const_cast<char *>(argument.c_str()));
-    pointers.push_back(nullptr);
-    pid_t process = 0;
-    int status = 0;
-    const Stopwatch watch;
-    if (posix_spawn(&process, program, nullptr, nullptr, pointers.data(), environ) != 0 ||
-        waitpid(process, &status, 0) != process || status != 0) {
-        std::fprintf(stderr, "%s failed\n", program);
-        std::exit(2);
-    }
-    return watch.microseconds() / 1000;
 }
 
 void measureColdOpen(Report &report, Stage &stage)

@@ -1,6 +1,7 @@
 #include "contactform.h"
 
 #include "addressfields.h"
+#include "addresslookup.h"
 #include "categorychecklist.h"
 #include "contactnames.h"
 
@@ -73,6 +74,22 @@ constexpr FormField FormFields[] = {
     {MoreTab, AddressField::Notes, QT_TRANSLATE_NOOP("ContactForm", "Notes")},
 };
 
+/** The address of a tab. */
+struct PostalFields
+{
+    Tab tab;
+    int zip;
+    int state;
+    int city;
+    int street;
+};
+
+constexpr PostalFields Addresses[] = {
+    {BusinessTab, AddressField::BusinessZip, AddressField::BusinessState, AddressField::BusinessCity,
+     AddressField::BusinessStreet},
+    {HomeTab, AddressField::HomeZip, AddressField::HomeState, AddressField::HomeCity, AddressField::HomeStreet},
+};
+
 } // namespace
 
 ContactForm::ContactForm(Book *book, CategoryTable *table, QWidget *parent)
@@ -106,11 +123,26 @@ void ContactForm::addTab(int tab)
             editor = m_lines[entry.field] = new QLineEdit;
         form->addRow(tr(entry.label), editor);
     }
+    addLookup(form, tab);
     auto *scroll = new QScrollArea;
     scroll->setWidget(page);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     m_tabs->addTab(scroll, tr(TabTitles[tab]));
+}
+
+/* Behind the last line of the tab's address. */
+void ContactForm::addLookup(QFormLayout *form, int tab)
+{
+    for (const PostalFields &fields : Addresses) {
+        if (fields.tab != tab)
+            continue;
+        const AddressLines lines = {m_lines[fields.zip], m_lines[fields.state], m_lines[fields.city],
+                                    m_lines[fields.street]};
+        int row = 0;
+        form->getWidgetPosition(lines.street, &row, nullptr);
+        form->insertRow(row + 1, QString(), new AddressLookup(lines));
+    }
 }
 
 void ContactForm::show(const CardValues &values)

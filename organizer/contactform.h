@@ -5,6 +5,7 @@
 
 #include <QHash>
 
+class QFormLayout;
 class QLineEdit;
 class QPlainTextEdit;
 class QTabWidget;
@@ -23,6 +24,7 @@ protected:
 
 private:
     void addTab(int tab);
+    void addLookup(QFormLayout *form, int tab);
 
     QTabWidget *m_tabs;
     QHash<int, QLineEdit *> m_lines;

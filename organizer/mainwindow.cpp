@@ -3,6 +3,7 @@
 #include "categorytable.h"
 #include "contactspage.h"
 #include "memospage.h"
+#include "postalpage.h"
 #include "resource.h"
 #include "settingspage.h"
 #include "statusline.h"
@@ -16,7 +17,7 @@
 MainWindow::MainWindow()
     : m_categories(new CategoryTable(this)), m_contacts(new ContactsPage(m_categories)),
       m_tasks(new TasksPage(m_categories)), m_memos(new MemosPage(m_categories)),
-      m_settings(new SettingsPage), m_statusLine(new StatusLine), m_pages(new QTabWidget)
+      m_postal(new PostalPage), m_settings(new SettingsPage), m_statusLine(new StatusLine), m_pages(new QTabWidget)
 {
     setWindowTitle(tr("Organizer"));
     setWindowIcon(QIcon(Resource::loadPixmap(QStringLiteral("contacts"))));
@@ -32,6 +33,7 @@ MainWindow::MainWindow()
     addPage(m_contacts, "contacts", tr("Contacts"));
     addPage(m_tasks, "tasks", tr("Tasks"));
     addPage(m_memos, "memos", tr("Memos"));
+    addPage(m_postal, "postal", tr("Postal codes"));
     addPage(m_settings, "settings", tr("Settings"));
     for (CardsPage *page : findChildren<CardsPage *>())
         page->focusList(); // where the keys go when it comes to the front

@@ -7,13 +7,14 @@ class CardsPage;
 class CategoryTable;
 class ContactsPage;
 class MemosPage;
+class PostalPage;
 class QTabWidget;
 class SettingsPage;
 class StatusLine;
 class TasksPage;
 
-/** The window of the Organizer: the status line, and below it a page a box and one for the settings, reached
- * by the tabs below, or by Ctrl and a digit. */
+/** The window of the Organizer: the status line, and below it a page a box, one for postal codes and one for
+ * the settings, reached by the tabs below, or by Ctrl and a digit. */
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -24,6 +25,7 @@ public:
     [[nodiscard]] ContactsPage *contacts() const { return m_contacts; }
     [[nodiscard]] TasksPage *tasks() const { return m_tasks; }
     [[nodiscard]] MemosPage *memos() const { return m_memos; }
+    [[nodiscard]] PostalPage *postal() const { return m_postal; }
     [[nodiscard]] SettingsPage *settings() const { return m_settings; }
     [[nodiscard]] StatusLine *statusLine() const { return m_statusLine; }
     /** Brings a page to the front. */
@@ -41,6 +43,7 @@ private:
     ContactsPage *m_contacts;
     TasksPage *m_tasks;
     MemosPage *m_memos;
+    PostalPage *m_postal;
     SettingsPage *m_settings;
     StatusLine *m_statusLine;
     QTabWidget *m_pages;

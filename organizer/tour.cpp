@@ -5,7 +5,9 @@
 #include "categorytable.h"
 #include "contactspage.h"
 #include "mainwindow.h"
+#include "kyzipconvertor.h"
 #include "memospage.h"
+#include "postalpage.h"
 #include "settingspage.h"
 #include "statusline.h"
 #include "taskspage.h"
@@ -15,6 +17,7 @@
 #include <QDir>
 #include <QPixmap>
 #include <QScrollBar>
+#include <QTimer>
 
 namespace {
 
@@ -33,6 +36,7 @@ public:
         showPage(m_window.tasks(), QStringLiteral("tasks"), QStringLiteral("task"));
         showPage(m_window.memos(), QStringLiteral("memos"), QStringLiteral("memo"));
         showCategories();
+        showPostal();
         showSettings();
     }
 
@@ -83,6 +87,38 @@ private:
         dialog.show();
         picture(dialog, QStringLiteral("categories"),
                 QStringLiteral("%1 categories").arg(m_window.categories()->entries().size()));
+    }
+
+    /* A code, an address in Kyoto with its streets, a town that has several codes, and the dialog. */
+    void showPostal()
+    {
+        PostalPage *postal = m_window.postal();
+        m_window.showPage(postal);
+        postal->search(QStringLiteral("100-0001"));
+        picture(m_window, QStringLiteral("postal-code"), postal->summary());
+        postal->search(QStringLiteral("京都市中京区烏丸通三条上ル場之町"));
+        picture(m_window, QStringLiteral("postal-address"), postal->summary());
+        postal->search(QStringLiteral("札幌市中央区大通西"));
+        picture(m_window, QStringLiteral("postal-several"), postal->summary());
+        postal->search(QString());
+        showConvertor();
+    }
+
+    void showConvertor()
+    {
+        KyZIPConvertor convertor(&m_window, false, nullptr, true);
+        if (!convertor.isExecute()) {
+            std::puts("postal-dialog: there is no dictionary");
+            return;
+        }
+        const QString address = QStringLiteral("札幌市中央区大通西");
+        convertor.setSearchMode(KyZIPConvertor::AddressSearch);
+        convertor.setAddress(address);
+        QTimer::singleShot(0, &convertor, [&] {
+            picture(convertor, QStringLiteral("postal-dialog"), QStringLiteral("the codes of ") + address);
+            convertor.reject();
+        });
+        convertor.convertor();
     }
 
     /* The settings are longer than a small screen. */

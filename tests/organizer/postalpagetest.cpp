@@ -1,0 +1,350 @@
+#include "postalpage.h"
+
+#include "contactspage.h"
+#include "kyzipconvertor.h"
+#include "messagerobot.h"
+#include "pagefixture.h"
+
+#include <QClipboard>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+
+QString etcFolder()
+{
+    return qEnvironmentVariable("KY_DEVICE_ROOT") + QLatin1String("/home/QtPalmtop/etc");
+}
+
+/* Puts the dictionary of all Japan into the device's internal storage. */
+void installDictionary()
+{
+    QVERIFY(QDir().mkpath(etcFolder()));
+    QVERIFY(QFile::link(QStringLiteral(KY_POSTAL_DICTIONARY), etcFolder() + QLatin1String("/yubin02.dat")));
+}
+
+void removeDictionary()
+{
+    QFile::remove(etcFolder() + QLatin1String("/yubin02.dat"));
+}
+
+/* True while this process has the dictionary open. */
+bool hasDictionaryOpen()
+{
+    const QDir descriptors(QStringLiteral("/proc/self/fd"));
+    for (const QFileInfo &descriptor : descriptors.entryInfoList(QDir::Files | QDir::System)) {
+        if (descriptor.symLinkTarget().endsWith(QLatin1String("/yubin02.dat")))
+            return true;
+    }
+    return false;
+}
+
+QString status(const PostalPage &page)
+{
+    return page.findChild<QLabel *>()->text();
+}
+
+QStringList rows(const PostalPage &page)
+{
+    const auto *list = page.findChild<KyAddressListBox *>();
+    QStringList result;
+    for (int row = 0; row < list->count(); ++row)
+        result.append(list->item(row)->text());
+    return result;
+}
+
+QPushButton *button(const QWidget &parent, const QString &text)
+{
+    for (auto *candidate : parent.findChildren<QPushButton *>()) {
+        if (candidate->text() == text)
+            return candidate;
+    }
+    return nullptr;
+}
+
+/* Presses a button of the convertor as soon as it is there. */
+void pressInConvertor(const QString &text)
+{
+    auto *timer = new QTimer(qApp);
+    QObject::connect(timer, &QTimer::timeout, qApp, [timer, text] {
+        auto *convertor = qobject_cast<KyZIPConvertor *>(QApplication::activeModalWidget());
+        if (!convertor || !convertor->isVisible())
+            return;
+        timer->deleteLater();
+        button(*convertor, text)->click();
+    });
+    timer->start(5);
+}
+
+} // namespace
+
+class PostalPageTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void pageWithoutADictionarySaysSo();
+    void codeShowsItsPlaces_data();
+    void codeShowsItsPlaces();
+    void beginningOfACodeLeadsToTheFirstThatBeginsSo();
+    void codeOfMoreThanSevenDigitsIsRefused();
+    void codeBehindTheLastSaysSo();
+    void addressShowsItsCode();
+    void addressWithSeveralCodesListsThem();
+    void addressThatFitsNothingSaysSo();
+    void everyKeyPressSearches();
+    void neighboursAreWalkedBothWays();
+    void lowestCodeHasNoneBefore();
+    void rowIsCopied();
+    void hiddenPageHoldsNoFile();
+    void dictionaryThatArrivesLaterIsUsedWhenThePageIsShownAgain();
+    void codeFillsTheAddressOfTheForm();
+    void addressFillsTheCodeOfTheForm();
+    void formKeepsWhatTheUserDoesNotTake();
+    void formWithoutADictionarySaysSo();
+    void formWithACodeThatIsNoneSaysSo();
+};
+
+void PostalPageTest::init()
+{
+    removeBoxes();
+    installDictionary();
+}
+
+void PostalPageTest::cleanup()
+{
+    removeDictionary();
+}
+
+void PostalPageTest::pageWithoutADictionarySaysSo()
+{
+    removeDictionary();
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("1000001"));
+    QCOMPARE(status(page), QStringLiteral("A postal code dictionary isn't found."));
+    QVERIFY(rows(page).isEmpty());
+}
+
+void PostalPageTest::codeShowsItsPlaces_data()
+{
+    QTest::addColumn<QString>("typed");
+    for (const char *typed :
+         {"1000001", "100-0001", "〒100-0001", " 100 0001 ", "１００−０００１", "〒１００－０００１"})
+        QTest::newRow(typed) << QString::fromUtf8(typed);
+}
+
+void PostalPageTest::codeShowsItsPlaces()
+{
+    QFETCH(QString, typed);
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(typed);
+    QCOMPARE(rows(page), QStringList(QStringLiteral("東京都千代田区千代田")));
+    QCOMPARE(status(page), QStringLiteral("100-0001: 1 place"));
+}
+
+void PostalPageTest::beginningOfACodeLeadsToTheFirstThatBeginsSo()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("100"));
+    QCOMPARE(status(page), QStringLiteral("100-0000: 1 place"));
+    page.search(QStringLiteral("1000007"));
+    QCOMPARE(status(page), QStringLiteral("There is no 100-0007. The code behind it is 100-0011: 1 place"));
+}
+
+void PostalPageTest::codeOfMoreThanSevenDigitsIsRefused()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("100-00012"));
+    QCOMPARE(status(page), QStringLiteral("A postal code has seven digits."));
+    QVERIFY(rows(page).isEmpty());
+    QVERIFY(!button(page, QStringLiteral("Next code"))->isEnabled());
+}
+
+void PostalPageTest::codeBehindTheLastSaysSo()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("9999999"));
+    QCOMPARE(status(page), QStringLiteral("There is no postal code at 999-9999 or behind it."));
+}
+
+void PostalPageTest::addressShowsItsCode()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("京都市中京区烏丸通三条上ル場之町"));
+    QCOMPARE(status(page), QStringLiteral("604-8172: 1 place"));
+    QCOMPARE(rows(page).size(), 1);
+    QVERIFY(rows(page).first().contains(QStringLiteral("京都府京都市中京区場之町")));
+}
+
+void PostalPageTest::addressWithSeveralCodesListsThem()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("札幌市中央区大通西"));
+    QCOMPARE(status(page), QStringLiteral("2 places with several codes"));
+    QCOMPARE(rows(page).size(), 2);
+    QVERIFY(rows(page).at(0).startsWith(QLatin1String("060-0042 ")));
+    QVERIFY(rows(page).at(1).startsWith(QLatin1String("064-0820 ")));
+    QVERIFY(!button(page, QStringLiteral("Next code"))->isEnabled());
+}
+
+void PostalPageTest::addressThatFitsNothingSaysSo()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    for (const char *typed : {"どこにもない所", "abc", "あ", "\U0001F600"}) {
+        page.search(QString::fromUtf8(typed));
+        QCOMPARE(status(page), QStringLiteral("No place fits this address."));
+        QVERIFY(rows(page).isEmpty());
+    }
+}
+
+void PostalPageTest::everyKeyPressSearches()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    auto *line = page.findChild<QLineEdit *>();
+    QTest::keyClicks(line, "10000");
+    QCOMPARE(status(page), QStringLiteral("100-0000: 1 place"));
+    QTest::keyClicks(line, "01");
+    QCOMPARE(status(page), QStringLiteral("100-0001: 1 place"));
+    QTest::keyClick(line, Qt::Key_Backspace);
+    QCOMPARE(status(page), QStringLiteral("100-0000: 1 place"));
+}
+
+void PostalPageTest::neighboursAreWalkedBothWays()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("100-0006"));
+    QTest::mouseClick(button(page, QStringLiteral("Next code")), Qt::LeftButton);
+    QCOMPARE(status(page), QStringLiteral("100-0011: 1 place"));
+    QTest::keyClick(&page, Qt::Key_Left, Qt::AltModifier);
+    QCOMPARE(status(page), QStringLiteral("100-0006: 1 place"));
+}
+
+void PostalPageTest::lowestCodeHasNoneBefore()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("001-0000"));
+    const QStringList before = rows(page);
+    page.goToPrevious();
+    QCOMPARE(rows(page), before);
+    QCOMPARE(status(page), QStringLiteral("001-0000: 1 place"));
+}
+
+void PostalPageTest::rowIsCopied()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("1000001"));
+    QTest::mouseClick(button(page, QStringLiteral("Copy")), Qt::LeftButton);
+    QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("〒100-0001 東京都千代田区千代田"));
+}
+
+void PostalPageTest::hiddenPageHoldsNoFile()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    QVERIFY(hasDictionaryOpen());
+    page.hide();
+    QVERIFY(!hasDictionaryOpen());
+    page.search(QStringLiteral("1000001")); // nothing to search in
+}
+
+void PostalPageTest::dictionaryThatArrivesLaterIsUsedWhenThePageIsShownAgain()
+{
+    removeDictionary();
+    PostalPage page;
+    page.search(QStringLiteral("1000001"));
+    QVERIFY(showActive(page));
+    page.hide();
+    installDictionary();
+    QVERIFY(showActive(page));
+    QCOMPARE(status(page), QStringLiteral("100-0001: 1 place"));
+}
+
+void PostalPageTest::codeFillsTheAddressOfTheForm()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    QVERIFY(showActive(page));
+    page.newCard();
+    type(page, QStringLiteral("Postal code"), QStringLiteral("1000001"));
+    pressInConvertor(QStringLiteral("Adr & ZIP"));
+    button(page, QStringLiteral("Find address"))->click();
+    QCOMPARE(editor(page, QStringLiteral("Postal code"))->text(), QStringLiteral("100-0001"));
+    QCOMPARE(editor(page, QStringLiteral("State"))->text(), QStringLiteral("東京都"));
+    QCOMPARE(editor(page, QStringLiteral("City"))->text(), QStringLiteral("千代田区千代田"));
+}
+
+void PostalPageTest::addressFillsTheCodeOfTheForm()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    QVERIFY(showActive(page));
+    page.newCard();
+    type(page, QStringLiteral("State"), QStringLiteral("東京都"));
+    type(page, QStringLiteral("City"), QStringLiteral("千代田区"));
+    type(page, QStringLiteral("Street"), QStringLiteral("永田町1-7-1"));
+    pressInConvertor(QStringLiteral("ZIP"));
+    button(page, QStringLiteral("Find code"))->click();
+    QCOMPARE(editor(page, QStringLiteral("Postal code"))->text(), QStringLiteral("100-0014"));
+    QCOMPARE(editor(page, QStringLiteral("City"))->text(), QStringLiteral("千代田区"));
+    QCOMPARE(editor(page, QStringLiteral("Street"))->text(), QStringLiteral("永田町1-7-1"));
+}
+
+void PostalPageTest::formKeepsWhatTheUserDoesNotTake()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    QVERIFY(showActive(page));
+    page.newCard();
+    type(page, QStringLiteral("Postal code"), QStringLiteral("1000001"));
+    type(page, QStringLiteral("City"), QStringLiteral("as typed"));
+    pressInConvertor(QStringLiteral("ZIP"));
+    button(page, QStringLiteral("Find address"))->click();
+    QCOMPARE(editor(page, QStringLiteral("City"))->text(), QStringLiteral("as typed"));
+    QCOMPARE(editor(page, QStringLiteral("State"))->text(), QString());
+}
+
+void PostalPageTest::formWithoutADictionarySaysSo()
+{
+    removeDictionary();
+    CategoryTable table;
+    ContactsPage page(&table);
+    QVERIFY(showActive(page));
+    page.newCard();
+    type(page, QStringLiteral("Postal code"), QStringLiteral("1000001"));
+    MessageRobot robot;
+    button(page, QStringLiteral("Find address"))->click();
+    QCOMPARE(robot.boxes().size(), 1);
+    QCOMPARE(robot.boxes().first().text, QStringLiteral("A postal code dictionary\nisn't found."));
+}
+
+void PostalPageTest::formWithACodeThatIsNoneSaysSo()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    QVERIFY(showActive(page));
+    page.newCard();
+    type(page, QStringLiteral("Postal code"), QStringLiteral("none"));
+    MessageRobot robot;
+    button(page, QStringLiteral("Find address"))->click();
+    QCOMPARE(robot.boxes().size(), 1);
+    QCOMPARE(robot.boxes().first().text,
+             QStringLiteral("There is a mistake\nin the input of the postal code."));
+    QCOMPARE(editor(page, QStringLiteral("Postal code"))->text(), QStringLiteral("none"));
+}
+
+QTEST_MAIN(PostalPageTest)
+#include "postalpagetest.moc"
