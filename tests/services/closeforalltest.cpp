@@ -38,6 +38,7 @@ void CloseForAllTest::openFileForAllEndsThatWatch()
     ChildProcess closer({"hold", "", ""});
     QCOMPARE(closer.readLine(), QByteArray("held"));
     sendOpen("", "closer");
+    QTRY_COMPARE(opened.seen.size(), 1); // on the bus before the closer leaves it
     closer.kill();
     QTest::qWait(Long);
     QCOMPARE(opened.seen, QStringList{" closer"});
@@ -49,6 +50,7 @@ void CloseForAllTest::openFileForOneBoxDoesNotEndIt()
     ChildProcess closer({"hold", "", ""});
     QCOMPARE(closer.readLine(), QByteArray("held"));
     sendOpen(box("A.BOX"), "other");
+    QTRY_COMPARE(opened.seen.size(), 1);
     closer.kill();
     QTRY_COMPARE(opened.seen.size(), 2);
     QCOMPARE(opened.seen[1], QString(" kyplatformd"));
