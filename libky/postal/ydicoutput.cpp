@@ -99,7 +99,30 @@ ydic_range commonTextOf(uint32_t begin, uint32_t end, const uint8_t *buffer)
     return common;
 }
 
-/** What ydic_sch() was called with. */
+/* Removes results that are there twice, but for the first ones, of which it is known that they differ. */
+int removeDuplicates(char *result, const ydic_state &distinct, ydic_state &state)
+{
+    char *keptEnd = result + distinct.bytes;
+    const char *at = keptEnd;
+    int kept = distinct.count;
+    for (int i = kept; i < state.count; ++i) {
+        const size_t size = strlen(at) + 1;
+        const char *earlier = result;
+        while (earlier < keptEnd && strcmp(earlier, at) != 0)
+            earlier += strlen(earlier) + 1;
+        if (earlier == keptEnd) {
+            memmove(keptEnd, at, size);
+            keptEnd += size;
+            ++kept;
+        }
+        at += size;
+    }
+    state.count = static_cast<uint16_t>(kept);
+    state.bytes = static_cast<uint16_t>(keptEnd - result);
+    return kept;
+}
+
+/** What ydic_sch() was called with, and what it knows. */
 struct Scan
 {
     char *result;
@@ -110,16 +133,21 @@ struct Scan
     const uint8_t *level2;
     const uint8_t *buffer;
     uint8_t *found;
+    ydic_state distinct; // the state when all results were different
 };
 
-bool isFull(const Scan &scan)
+/* Near the maximum every record comes here: comparing all results anew for each would take seconds. */
+bool isFull(Scan &scan)
 {
-    return scan.state->count >= scan.state->max &&
-           static_cast<uint32_t>(ydic_uniq(scan.result, scan.state)) >= scan.state->max;
+    if (scan.state->count < scan.state->max)
+        return false;
+    removeDuplicates(scan.result, scan.distinct, *scan.state);
+    scan.distinct = *scan.state;
+    return scan.state->count >= scan.state->max;
 }
 
 /* False: the scan ends here. */
-bool scanChunk(const Scan &scan, const ydic_range &chunk)
+bool scanChunk(Scan &scan, const ydic_range &chunk)
 {
     const ydic_range common = commonTextOf(chunk.start + YDIC_CHUNK_HEADER, chunk.end, scan.buffer);
     for (uint32_t position = common.end; position < chunk.end;) {
@@ -145,7 +173,7 @@ int ydic_sch(char *result, const ydic_range *chunks, const ydic_range *entries, 
              ydic_state *state, const char *ask1ji, const uint8_t *level1, const uint8_t *level2,
              const uint8_t *buffer, uint8_t *found)
 {
-    const Scan scan = {result, key, state, ask1ji, level1, level2, buffer, found};
+    Scan scan = {result, key, state, ask1ji, level1, level2, buffer, found, {}};
     for (uint32_t at = entries->start; at < entries->end; at += YDIC_LEVEL2_ENTRY) {
         ydic_entry entry;
         ydic_entry next;
@@ -192,22 +220,5 @@ uint32_t ydic_dictSkip(uint32_t position, uint32_t end, const uint8_t *buffer)
 
 int ydic_uniq(char *result, ydic_state *state)
 {
-    char *keptEnd = result;
-    const char *at = result;
-    int kept = 0;
-    for (int i = 0; i < state->count; ++i) {
-        const size_t size = strlen(at) + 1;
-        const char *earlier = result;
-        while (earlier < keptEnd && strcmp(earlier, at) != 0)
-            earlier += strlen(earlier) + 1;
-        if (earlier == keptEnd) {
-            memmove(keptEnd, at, size);
-            keptEnd += size;
-            ++kept;
-        }
-        at += size;
-    }
-    state->count = static_cast<uint16_t>(kept);
-    state->bytes = static_cast<uint16_t>(keptEnd - result);
-    return kept;
+    return removeDuplicates(result, {}, *state);
 }

@@ -2,6 +2,7 @@
 #include "memoryfaults.h"
 #include "ydiccode_p.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 
 #include <set>
@@ -117,6 +118,7 @@ private slots:
     void manyAddresses();
 
     void duplicatesMakeRoomAmongManyAddresses();
+    void duplicatesBehindManyAddressesTakeNoTime();
 
     void shortFile_data();
     void shortFile();
@@ -408,6 +410,20 @@ void CodeSearchTest::duplicatesMakeRoomAmongManyAddresses()
     const Answer answer = search(imageOfPlaces(1000, same + same + same).bytes(), "1000005", 5000);
     QCOMPARE(answer.count, 809);
     QCOMPARE(std::set<Bytes>(answer.results.begin(), answer.results.end()).size(), size_t{809});
+}
+
+void CodeSearchTest::duplicatesBehindManyAddressesTakeNoTime()
+{
+    // One address less than the maximum, and as many records as a chunk holds that are all the first again.
+    constexpr uint32_t Distinct = 808;
+    Image image = imageOfPlaces(Distinct, stored(std::u16string(34, u'長')));
+    while (image.chunks.size() + 3 < YDIC_CHUNK_LENGTH)
+        image.chunks += record(5, "mm");
+    QElapsedTimer timer;
+    timer.start();
+    const Answer answer = search(image.bytes(), "1000005", Distinct + 1);
+    QCOMPARE(answer.count, int{Distinct});
+    QVERIFY2(timer.elapsed() < 3000, QByteArray::number(timer.elapsed()));
 }
 
 void CodeSearchTest::shortFile_data()

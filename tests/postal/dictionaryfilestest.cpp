@@ -164,6 +164,7 @@ private slots:
     void closing_data();
     void closing();
     void closingBesideUselessPatch();
+    void hookDoesNothing();
 
 private:
     std::unique_ptr<QTemporaryDir> m_root;
@@ -555,6 +556,11 @@ void DictionaryFilesTest::closingBesideUselessPatch()
     s_closed = 0;
     QCOMPARE(handle.finish(), 1);
     QCOMPARE(s_closed, 1); // the useless patch is not open
+}
+
+void DictionaryFilesTest::hookDoesNothing()
+{
+    QCOMPARE(Zip7Hook(), 0);
 }
 
 QTEST_GUILESS_MAIN(DictionaryFilesTest)

@@ -152,6 +152,7 @@ private slots:
     void prefixWithoutRunsBehindAllEndsTheWalk();
     void damagedRuns_data();
     void damagedRuns();
+    void runWithoutCodesIsNoNeighbour();
     void indexOfDamagedFileEndsTheWalk();
     void runsThatCantBeRead();
 
@@ -364,6 +365,16 @@ void NearCodeTest::damagedRuns()
           "result");
     QCOMPARE(*near.data(), '\0');
     QVERIFY(near.isGuarded());
+}
+
+void NearCodeTest::runWithoutCodesIsNoNeighbour()
+{
+    Image image;
+    for (const auto &[first, length] : {std::pair(600U, 1), {700U, 0}, {800U, 1}, {900U, 1}})
+        image.addRun(first, static_cast<uint8_t>(length));
+    OpenRuns runs(image);
+    QCOMPARE(runs.near(700, YDIC_PREVIOUS).code, Bytes("0000600"));
+    QCOMPARE(runs.near(700, YDIC_NEXT).code, Bytes("0000800"));
 }
 
 void NearCodeTest::indexOfDamagedFileEndsTheWalk()

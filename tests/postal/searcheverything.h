@@ -48,9 +48,9 @@ private:
 constexpr uint32_t ResultsWanted = 3;
 
 /** A failure, nothing, or as many results as were wanted at most, and they are there. */
-inline bool isAnswer(int count, const ResultRoom &room, size_t length)
+inline bool isAnswer(int count, const ResultRoom &room, size_t length, uint32_t wanted = ResultsWanted)
 {
-    return count >= YDIC_BAD_INPUT && count <= static_cast<int>(ResultsWanted) && room.isFenceWhole() &&
+    return count >= YDIC_BAD_INPUT && count <= static_cast<int>(wanted) && room.isFenceWhole() &&
            room.holds(count, length);
 }
 
@@ -60,10 +60,10 @@ inline bool isCode(const char *code)
 }
 
 /** @return whether all is as it must be */
-inline bool searchCode(const char *code, ydic_info *info)
+inline bool searchCode(const char *code, ydic_info *info, uint32_t wanted = ResultsWanted)
 {
-    ResultRoom room(ResultsWanted * (YDIC_ADDRESS_LENGTH + 1));
-    return isAnswer(Zip2AdrSearch(code, ResultsWanted, room.data(), info), room, YDIC_ADDRESS_LENGTH);
+    ResultRoom room(size_t{wanted} * (YDIC_ADDRESS_LENGTH + 1));
+    return isAnswer(Zip2AdrSearch(code, wanted, room.data(), info), room, YDIC_ADDRESS_LENGTH, wanted);
 }
 
 inline bool searchNeighbour(const char *code, uint8_t direction, ydic_info *info)
