@@ -89,7 +89,6 @@ Fit fits(const Group &group, ydic_search *search)
 {
     if (search->prefecture != 0 && search->prefecture != group.prefecture)
         return Fit::No;
-    search->groupPrefecture = group.prefecture;
     return group.hasKey ? fitsKey(group, search) : Fit::Yes;
 }
 

@@ -184,6 +184,7 @@ private slots:
     void referencesThatDescendAreCompared();
     void directReferenceLeadsToCompleteRecord();
     void emptyReferenceGivesNothing();
+    void everySliceBeginsBehindItsKey();
     void groupsPrefectureIsKnownToItsRecords();
     void referenceBehindTheFileFails();
     void sliceThatEndsBeforeItsStartIsEmpty();
@@ -554,6 +555,17 @@ void AddressIndexTest::emptyReferenceGivesNothing()
     image.address2 = group(Tokyo, Bytes(), 2, reference(offset, 0) + reference(offset, 0, true) + first);
     Search search(u"大田区"_s, image);
     QCOMPARE(search.candidatesOf(image), QStringList{u"1000001 3"_s});
+}
+
+void AddressIndexTest::everySliceBeginsBehindItsKey()
+{
+    Image image;
+    Chunks chunks{&image};
+    image.address2 = group(Tokyo, jis(u"瀧野"), 3, chunks.add(10000, 10));
+    Search search(u"大山滝野町"_s, image);
+    QCOMPARE(search.candidatesOf(image), QStringList{u"1000001 5"_s});
+    search.search()->candCount = 0;
+    QCOMPARE(search.candidatesOf(image), QStringList{u"1000001 5"_s});
 }
 
 void AddressIndexTest::groupsPrefectureIsKnownToItsRecords()

@@ -87,6 +87,7 @@ private slots:
     void keyIsNormalised();
     void municipalitiesOfOneKeyAreApart();
     void countyMayBeLeftOut();
+    void islandMayBeLeftOut();
     void cityWithCountyCharacterHasNoCounty();
     void sameNameInSeveralPrefectures();
     void manyReferencesTakeSeveralGroups();
@@ -165,6 +166,16 @@ void AddressIndexWriterTest::countyMayBeLeftOut()
     QCOMPARE(dictionary.codes(u"長野県北佐久郡立科町茂田井"), (Codes{3840100}));
     QCOMPARE(dictionary.codes(u"立科町茂田井"), (Codes{3840100}));
     QCOMPARE(dictionary.codes(u"佐久郡立科町茂田井"), Codes());
+}
+
+void AddressIndexWriterTest::islandMayBeLeftOut()
+{
+    WrittenDictionary dictionary({place(1001401, 13, u"八丈島八丈町", u"大賀郷"),
+                                  place(1001701, 13, u"青ヶ島村"), place(6180000, 27, u"三島郡島本町")});
+    QCOMPARE(dictionary.codes(u"東京都八丈島八丈町大賀郷"), (Codes{1001401}));
+    QCOMPARE(dictionary.codes(u"東京都八丈町大賀郷"), (Codes{1001401}));
+    QCOMPARE(dictionary.codes(u"青ヶ島村"), (Codes{1001701}));
+    QCOMPARE(dictionary.codes(u"島本町"), (Codes{6180000}));
 }
 
 void AddressIndexWriterTest::cityWithCountyCharacterHasNoCounty()

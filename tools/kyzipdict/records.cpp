@@ -14,16 +14,19 @@ namespace {
 
 constexpr char16_t Solidus[] = u"／";
 constexpr char16_t County = u'郡';
+constexpr char16_t Island = u'島';
 
 bool isWholeArea(const Place &place)
 {
     return place.town.empty() && place.matched.empty();
 }
 
-/* Counties have towns and villages, and no cities: 大和郡山市 has no county. */
+/* Counties have towns and villages, and no cities: 大和郡山市 has no county. An island may stand in the place
+ * of a county, as in 八丈島八丈町. */
 std::u16string nameWithoutCounty(const std::u16string &name)
 {
-    const size_t county = name.find(County, 1);
+    const size_t found = name.find(County, 1);
+    const size_t county = found != std::u16string::npos ? found : name.find(Island, 1);
     const bool isInCounty = county != std::u16string::npos && county + 2 < name.size() &&
                             (name.back() == u'町' || name.back() == u'村');
     return isInCounty ? name.substr(county + 1) : std::u16string();
