@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <sys/stat.h>
 
 /** The program, as it is called from a shell. */
 class KyZipDictTest : public QObject
@@ -27,6 +28,8 @@ private slots:
     void nothingToWriteKeepsTheOldFile();
     void failedWritingKeepsTheOldFile();
     void fullDiskKeepsTheOldFile();
+    void sourcesAreNotReplaced();
+    void pipesAreNotReplaced();
     void noProgressWithoutATerminal();
     void hasNoLibrariesToWaitFor();
 
@@ -271,6 +274,34 @@ void KyZipDictTest::fullDiskKeepsTheOldFile()
     QVERIFY2(result.errors.contains("yubin02.dat: File too large"), result.errors.constData());
     QCOMPARE(content("yubin02.dat"), "old");
     QVERIFY(!exists("yubin02.dat.new"));
+}
+
+void KyZipDictTest::sourcesAreNotReplaced()
+{
+    write("businesses.csv", Businesses);
+    QVERIFY(QFile::link("places.csv", m_folder->filePath("link.csv")));
+    for (const char *output : {"places.csv", "./places.csv", "link.csv", "businesses.csv"}) {
+        const Run result = run({"write", "--businesses", "businesses.csv", "places.csv", "-o", output});
+        QCOMPARE(result.code, 1);
+        QCOMPARE(result.errors, QByteArray("kyzipdict: ") + output + ": it is one of the files to read\n");
+    }
+    write("newer.csv", Places);
+    QCOMPARE(run({"patch", "places.csv", "newer.csv", "-o", "newer.csv"}).code, 1);
+    QCOMPARE(content("places.csv"), Places);
+    QCOMPARE(content("newer.csv"), Places);
+    QCOMPARE(content("businesses.csv"), Businesses);
+}
+
+/* Renaming would put a file in the place of /dev/stdout. */
+void KyZipDictTest::pipesAreNotReplaced()
+{
+    const QByteArray pipe = QFile::encodeName(m_folder->filePath("pipe"));
+    QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
+    const Run result = run({"write", "places.csv", "-o", "pipe"});
+    QCOMPARE(result.code, 1);
+    QCOMPARE(result.errors, "kyzipdict: pipe: it is no file that can be replaced\n");
+    struct stat status = {};
+    QVERIFY(stat(pipe.constData(), &status) == 0 && S_ISFIFO(status.st_mode));
 }
 
 void KyZipDictTest::noProgressWithoutATerminal()

@@ -23,6 +23,9 @@ struct Options
 
 int writeFile(const Options &options)
 {
+    if (!canReplace(options.output,
+                    {options.older, options.newer, options.olderBusinesses, options.newerBusinesses}))
+        return 1;
     const Progress progress = progressUnless(false);
     const std::vector<Place> older = readEdition(options.older, options.olderBusinesses, progress).places;
     const std::vector<Place> newer = readEdition(options.newer, options.newerBusinesses, progress).places;

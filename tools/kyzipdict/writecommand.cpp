@@ -62,6 +62,8 @@ void printSummary(const Options &options, const Edition &edition, const WrittenF
 
 int writeFile(const Options &options)
 {
+    if (!canReplace(options.output, {options.places, options.businesses}))
+        return 1;
     const Edition edition = readEdition(options.places, options.businesses, progressUnless(options.isQuiet));
     if (edition.places.empty())
         return 1;
