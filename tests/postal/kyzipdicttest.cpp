@@ -25,6 +25,7 @@ private slots:
     void helpIsNoError_data();
     void helpIsNoError();
     void missingFileIsAnError();
+    void businessesThatCannotBeReadAreAnError();
     void nothingToWriteKeepsTheOldFile();
     void failedWritingKeepsTheOldFile();
     void fullDiskKeepsTheOldFile();
@@ -239,6 +240,20 @@ void KyZipDictTest::missingFileIsAnError()
     QCOMPARE(result.code, 1);
     QVERIFY2(result.errors.startsWith("none.csv: No such file or directory\n"), result.errors.constData());
     QVERIFY(!exists("yubin02.dat"));
+}
+
+/* A dictionary without them would take the place of one that has them. */
+void KyZipDictTest::businessesThatCannotBeReadAreAnError()
+{
+    write("yubin02.dat", "old");
+    const QStringList arguments = {"write",      "--businesses", "businesses.csv",
+                                   "places.csv", "-o",           "yubin02.dat"};
+    const Run missing = run(arguments);
+    QCOMPARE(missing.code, 1);
+    QVERIFY2(missing.errors.startsWith("businesses.csv: No such file"), missing.errors.constData());
+    write("businesses.csv", "");
+    QCOMPARE(run(arguments).code, 1);
+    QCOMPARE(content("yubin02.dat"), "old");
 }
 
 void KyZipDictTest::nothingToWriteKeepsTheOldFile()

@@ -37,12 +37,6 @@ SourceRow rowOf(uint32_t code, std::u16string_view municipality, std::u16string_
     return row;
 }
 
-std::vector<Place> placesOf(const std::vector<SourceRow> &rows)
-{
-    std::vector<SourceProblem> problems;
-    return ZipDict::placesOf(rows, problems);
-}
-
 } // namespace
 
 /** What printed towns mean. */
@@ -70,7 +64,6 @@ private slots:
     void samePlaceIsThereOnce();
     void businessesShowAddressAndName();
     void businessKeepsItsNameBeforeItsBlock();
-    void unknownPrefectureIsAProblem();
 };
 
 void TownNamesTest::itemsOfLists_data()
@@ -466,17 +459,6 @@ void TownNamesTest::businessKeepsItsNameBeforeItsBlock()
     QCOMPARE(shownAddress(placesOf({row})[0]), u"東京都／港区芝１丁目２－３４" + row.business);
     row.business += u'い';
     QCOMPARE(shownAddress(placesOf({row})[0]), u"東京都／港区芝" + row.business);
-}
-
-void TownNamesTest::unknownPrefectureIsAProblem()
-{
-    SourceRow row = rowOf(1, u"港区", u"芝");
-    row.prefecture = u"江戸";
-    row.line = 7;
-    std::vector<SourceProblem> problems;
-    QVERIFY(ZipDict::placesOf({row}, problems).empty());
-    QCOMPARE(problems.size(), 1U);
-    QCOMPARE(problems[0].line, 7U);
 }
 
 QTEST_GUILESS_MAIN(TownNamesTest)

@@ -108,16 +108,12 @@ private:
 
 } // namespace
 
-std::vector<Place> placesOf(const std::vector<SourceRow> &rows, std::vector<SourceProblem> &problems)
+std::vector<Place> placesOf(const std::vector<SourceRow> &rows)
 {
     const CodesOfTowns codes = codesOfTowns(rows);
     PlaceList places;
-    for (const SourceRow &row : rows) {
-        if (prefectureNumber(row.prefecture) == 0)
-            problems.push_back({{}, row.line, "there is no such prefecture"});
-        else
-            places.add(row.business.empty() ? townOf(row, codes) : businessOf(row));
-    }
+    for (const SourceRow &row : rows)
+        places.add(row.business.empty() ? townOf(row, codes) : businessOf(row));
     return places.take();
 }
 
