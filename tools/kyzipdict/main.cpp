@@ -1,7 +1,9 @@
 #include "commands.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <string_view>
 
@@ -50,6 +52,15 @@ void printHelp(FILE *out)
     std::fputs("\nA file name - of PLACES stands for standard input.\n", out);
 }
 
+/* A full disk shows when the last of the output is written. */
+bool isPrinted()
+{
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+        return true;
+    std::fprintf(stderr, "kyzipdict: standard output: %s\n", std::strerror(errno));
+    return false;
+}
+
 int runCommand(const Command &command, const Arguments &arguments)
 {
     if (std::ranges::any_of(arguments, asksForHelp)) {
@@ -60,7 +71,7 @@ int runCommand(const Command &command, const Arguments &arguments)
     const int code = command.run(arguments);
     if (code == WrongArguments)
         printUsage(stderr, command);
-    return code;
+    return isPrinted() ? code : 1;
 }
 
 int run(const Arguments &arguments)
