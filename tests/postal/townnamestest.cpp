@@ -205,6 +205,10 @@ void TownNamesTest::printedTowns_data()
                             << "東上野芝町（２丁）"
                             << "東上野芝町２丁"
                             << "東上野芝町" << QStringList{"東上野芝町２丁"};
+    QTest::newRow("a floor behind a number")
+        << ward << "東池袋サンシャイン６０（２７階）"
+        << "東池袋サンシャイン６０（２７階）"
+        << "東池袋サンシャイン６０" << QStringList{"東池袋サンシャイン６０２７階"};
     QTest::newRow("a floor") << ward << "丸の内ＪＰタワー（２９階）"
                              << "丸の内ＪＰタワー２９階"
                              << "丸の内ＪＰタワー" << QStringList{"丸の内ＪＰタワー２９階"};
