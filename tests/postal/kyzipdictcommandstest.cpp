@@ -100,7 +100,7 @@ void KyZipDictCommandsTest::patchKeepsBusinesses()
         0);
     const Run dump = run({"dump", "businesses.dat"});
     QVERIFY(dump.output.startsWith("kind: patch\ncorrects edition: 3\nserial: 9\nedition: 5\n"));
-    QVERIFY(dump.output.contains("1008702 東京都／千代田区大手町１丁目い銀行"));
+    QVERIFY(dump.output.contains("1008702 東京都／千代田区大手町１丁目　い銀行"));
     QVERIFY(!dump.output.contains("あ銀行"));
 }
 

@@ -447,7 +447,7 @@ void TownNamesTest::businessesShowAddressAndName()
     row.business = u"あ銀行";
     row.businessBlock = u"１丁目２－３";
     const std::vector<Place> places = placesOf({row, rowOf(2, u"港区", u"芝（南）")});
-    QCOMPARE(text(places[0].town), "芝（北）１丁目２－３あ銀行");
+    QCOMPARE(text(places[0].town), "芝（北）１丁目２－３　あ銀行");
     QVERIFY(places[0].isCodeOnly);
     QVERIFY(places[0].matched.empty());
     QVERIFY(places[0].aliases.empty());
@@ -459,10 +459,10 @@ void TownNamesTest::businessKeepsItsNameBeforeItsBlock()
 {
     SourceRow row = rowOf(1, u"港区", u"芝");
     row.businessBlock = u"１丁目２－３４";
-    row.business = std::u16string(26, u'あ'); // fills the forty characters
-    QCOMPARE(shownAddress(placesOf({row})[0]), u"東京都／港区芝１丁目２－３４" + row.business);
+    row.business = std::u16string(25, u'あ'); // fills the forty characters
+    QCOMPARE(shownAddress(placesOf({row})[0]), u"東京都／港区芝１丁目２－３４　" + row.business);
     row.business += u'い';
-    QCOMPARE(shownAddress(placesOf({row})[0]), u"東京都／港区芝" + row.business);
+    QCOMPARE(shownAddress(placesOf({row})[0]), u"東京都／港区芝　" + row.business);
 }
 
 QTEST_GUILESS_MAIN(TownNamesTest)

@@ -48,13 +48,14 @@ Place placeWithoutTown(const SourceRow &row)
     return place;
 }
 
-/* The name matters more than the block. */
+/* Its name stands apart from its address, and matters more than the block. */
 Place businessOf(const SourceRow &row)
 {
     Place place = placeWithoutTown(row);
-    place.town = row.town + row.businessBlock + row.business;
+    const std::u16string name = u"　" + row.business;
+    place.town = row.town + row.businessBlock + name;
     if (place.town.size() > roomForTown(row))
-        place.town = row.town + row.business;
+        place.town = row.town + name;
     place.isCodeOnly = true;
     return place;
 }
