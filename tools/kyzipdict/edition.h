@@ -5,6 +5,9 @@
 
 namespace ZipDict {
 
+/** Editions are numbered from 1. */
+constexpr unsigned LastEdition = 255;
+
 /** The places of an edition, and how many rows told them. */
 struct Edition
 {

@@ -45,10 +45,14 @@ bool canReplace(const std::string &path, const std::vector<std::string> &sources
     return true;
 }
 
-bool replaceFile(const std::string &path, const std::vector<uint8_t> &bytes)
+bool replaceFile(const std::string &path, const WrittenFile &file)
 {
+    for (const std::string &error : file.errors)
+        std::fprintf(stderr, "kyzipdict: %s\n", error.c_str());
+    if (!file.errors.empty())
+        return false;
     const std::string newPath = path + ".new";
-    if (writeBytes(newPath, bytes) && std::rename(newPath.c_str(), path.c_str()) == 0)
+    if (writeBytes(newPath, file.bytes) && std::rename(newPath.c_str(), path.c_str()) == 0)
         return true;
     const int reason = errno;
     std::remove(newPath.c_str());

@@ -9,8 +9,6 @@ namespace ZipDict {
 
 namespace {
 
-constexpr unsigned LastEdition = 255;
-
 struct Options
 {
     std::string older;
@@ -32,9 +30,7 @@ int writeFile(const Options &options)
     if (older.empty() || newer.empty())
         return 1;
     const WrittenFile file = writePatch(options.identity, older, newer);
-    for (const std::string &error : file.errors)
-        std::fprintf(stderr, "kyzipdict: %s\n", error.c_str());
-    if (!file.errors.empty() || !replaceFile(options.output, file.bytes))
+    if (!replaceFile(options.output, file))
         return 1;
     std::printf("places: %zu, then %zu\nbytes: %zu\n", older.size(), newer.size(), file.bytes.size());
     return 0;

@@ -1,5 +1,4 @@
 #include "commandline.h"
-#include "dictionarywriter.h"
 #include "edition.h"
 #include "jistext.h"
 #include "outputfile.h"
@@ -9,8 +8,6 @@
 namespace ZipDict {
 
 namespace {
-
-constexpr unsigned LastEdition = 255;
 
 struct Options
 {
@@ -68,9 +65,7 @@ int writeFile(const Options &options)
     if (edition.places.empty())
         return 1;
     const WrittenFile file = writeDictionary(options.edition, edition.places);
-    for (const std::string &error : file.errors)
-        std::fprintf(stderr, "kyzipdict: %s\n", error.c_str());
-    if (!file.errors.empty() || !replaceFile(options.output, file.bytes))
+    if (!replaceFile(options.output, file))
         return 1;
     if (!options.isQuiet)
         printSummary(options, edition, file);
