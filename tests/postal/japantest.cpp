@@ -1,5 +1,6 @@
 #include "japan.h"
 
+#include "dictionarywriter.h"
 #include "place.h"
 #include "source.h"
 
@@ -55,6 +56,7 @@ class JapanTest : public QObject
     Q_OBJECT
 private slots:
     void initTestCase();
+    void municipalitiesWithoutRoomAreDocumented();
     void everyCodeGivesExactlyItsPlaces();
     void nextVisitsEveryCodeOnce();
     void previousVisitsEveryCodeOnce();
@@ -91,6 +93,17 @@ void JapanTest::initTestCase()
         prefectures[row.municipality].insert(row.prefecture);
     for (const auto &[municipality, names] : prefectures)
         m_municipalities[municipality] = static_cast<int>(names.size());
+}
+
+void JapanTest::municipalitiesWithoutRoomAreDocumented()
+{
+    QFile limits(TEST_DATA "/../../../docs/limits.md");
+    QVERIFY(limits.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(limits.readAll());
+    const std::vector<std::u16string> leftOut = writeDictionary(1, placesOf(m_rows)).keysLeftOut;
+    QVERIFY(text.contains(QStringLiteral(" %1 find no room").arg(leftOut.size())));
+    for (const std::u16string &name : leftOut)
+        QVERIFY2(text.contains(QString::fromStdU16String(name)), qPrintable(QString::fromStdU16String(name)));
 }
 
 void JapanTest::everyCodeGivesExactlyItsPlaces()
