@@ -232,6 +232,7 @@ void KyZipDictTest::helpIsNoError()
     QCOMPARE(result.code, 0);
     QCOMPARE(result.errors, "");
     QVERIFY2(result.output.contains("write [--edition N]"), result.output.constData());
+    QCOMPARE(result.output.contains("\n  --edition N "), arguments.first() == "write");
 }
 
 void KyZipDictTest::missingFileIsAnError()
