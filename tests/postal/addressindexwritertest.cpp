@@ -41,9 +41,9 @@ Municipality municipality(uint8_t prefecture, const std::u16string &name, const 
     return {prefecture, name, textOf(name), textOf(name), textOf(withoutCounty), places};
 }
 
-std::vector<Reference> references(size_t count)
+std::vector<WrittenReference> references(size_t count)
 {
-    return std::vector<Reference>(count, Reference{0x010203, 10, NameForm::Both});
+    return std::vector<WrittenReference>(count, WrittenReference{0x010203, 10, NameForm::Both});
 }
 
 /** A group of level 2. */
@@ -257,7 +257,7 @@ void AddressIndexWriterTest::namesWithoutCountyEnterByTheirPlaces()
     municipalities.push_back(municipality(Nagano, pairOfCharacters(0) + u"郡いい町", u"いい町", 7));
     municipalities.push_back(municipality(Nagano, pairOfCharacters(0) + u"郡うう町", u"うう町", 6));
     const AddressIndex index = writeAddressIndex(
-        municipalities, std::vector<std::vector<Reference>>(municipalities.size(), references(1)));
+        municipalities, std::vector<std::vector<WrittenReference>>(municipalities.size(), references(1)));
     QVERIFY(index.errors.empty());
     QCOMPARE(index.level1.size(), (MostKeys + 1) * YDIC_ADDRESS1_ENTRY);
     QVERIFY(index.level1.size() <= size_t{YDIC_READ_LENGTH});
@@ -272,7 +272,7 @@ void AddressIndexWriterTest::knownKeyNeedsNoRoom()
     municipalities.push_back(municipality(Nagano, u"ああ郡いい町", u"いい町", 5));
     municipalities.push_back(municipality(Nagano, u"ああ郡ああ町", u"ああ町", 5));
     const AddressIndex index = writeAddressIndex(
-        municipalities, std::vector<std::vector<Reference>>(municipalities.size(), references(1)));
+        municipalities, std::vector<std::vector<WrittenReference>>(municipalities.size(), references(1)));
     QVERIFY(index.errors.empty());
     QCOMPARE(index.keysLeftOut, (std::vector<std::u16string>{u"ああ郡いい町"}));
 }
@@ -291,7 +291,7 @@ void AddressIndexWriterTest::tooManyKeysAreAnError()
 {
     std::vector<Municipality> municipalities = almostAllKeys();
     municipalities.push_back(municipality(Nagano, u"津市", u"", 1));
-    std::vector<std::vector<Reference>> none(municipalities.size() + 1, references(1));
+    std::vector<std::vector<WrittenReference>> none(municipalities.size() + 1, references(1));
     QVERIFY(writeAddressIndex(municipalities, none).errors.empty());
     municipalities.push_back(municipality(Nagano, u"呉市", u"", 1));
     QVERIFY(
@@ -313,7 +313,7 @@ void AddressIndexWriterTest::tooManyReferencesAreAnError()
 
 void AddressIndexWriterTest::referencesFollowTheirNameForm()
 {
-    const std::vector<Reference> all = {
+    const std::vector<WrittenReference> all = {
         {1, 10, NameForm::Both}, {2, 10, NameForm::Full}, {3, 10, NameForm::WithoutCounty}};
     const AddressIndex index =
         writeAddressIndex({municipality(Nagano, u"ああ郡いい町", u"いい町", 5)}, {all});

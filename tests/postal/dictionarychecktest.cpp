@@ -451,6 +451,7 @@ private slots:
     void addressIndex() { checkRow(); }
     void recordMustBeginWithTwoDigits();
     void patchNeedsNoRuns();
+    void chunkThatNoSearchReadsIsNotTakenApart();
     void hundredFindingsAreTold();
     void damagedFilesEnd();
 };
@@ -544,6 +545,16 @@ void DictionaryCheckTest::patchNeedsNoRuns()
     patch(1, 2)(parts);
     parts.runs.clear();
     QCOMPARE(lines(check(parts.bytes())), QStringList());
+}
+
+/* Its records would take many times the memory of the file. */
+void DictionaryCheckTest::chunkThatNoSearchReadsIsNotTakenApart()
+{
+    Parts parts;
+    parts.second += repeated(Bytes("\x06\xFF\xFF"), 4000);
+    const QStringList found = lines(check(parts.bytes()));
+    QCOMPARE(found.filter("bytes, 5119 at most fit").size(), 1);
+    QCOMPARE(found.filter("is no character"), QStringList());
 }
 
 void DictionaryCheckTest::hundredFindingsAreTold()

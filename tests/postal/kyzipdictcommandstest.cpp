@@ -19,6 +19,8 @@ private slots:
     void lookupUsesTheDeviceDictionary();
     void lookupFindsTheDictionaryBesideTheProgram();
     void lookupWithoutDictionaryFails();
+    void fullOutputIsAnError_data();
+    void fullOutputIsAnError();
     void missingFile_data();
     void missingFile();
     void wrongArguments_data();
@@ -98,7 +100,7 @@ void KyZipDictCommandsTest::patchKeepsBusinesses()
         0);
     const Run dump = run({"dump", "businesses.dat"});
     QVERIFY(dump.output.startsWith("kind: patch\ncorrects edition: 3\nserial: 9\nedition: 5\n"));
-    QVERIFY(dump.output.contains("1008702 東京都／千代田区大手町１丁目い銀行"));
+    QVERIFY(dump.output.contains("1008702 東京都／千代田区大手町１丁目　い銀行"));
     QVERIFY(!dump.output.contains("あ銀行"));
 }
 
@@ -169,6 +171,22 @@ void KyZipDictCommandsTest::lookupWithoutDictionaryFails()
     const Run found = run({"lookup", "1000001"}, path("apart/bin/kyzipdict"));
     QCOMPARE(found.code, 1);
     QVERIFY(found.errors.contains("share/libky/yubin02.dat: No such file"));
+}
+
+void KyZipDictCommandsTest::fullOutputIsAnError_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::newRow("lookup") << "lookup --dictionary old.dat 1000001";
+    QTest::newRow("dump") << "dump old.dat";
+    QTest::newRow("check") << "check old.dat";
+}
+
+void KyZipDictCommandsTest::fullOutputIsAnError()
+{
+    QFETCH(const QString, command);
+    const Run failed = run({"-c", "exec \"$0\" " + command + " >/dev/full", KY_ZIPDICT}, "/bin/sh");
+    QCOMPARE(failed.code, 1);
+    QCOMPARE(failed.errors, QString("kyzipdict: standard output: No space left on device\n"));
 }
 
 void KyZipDictCommandsTest::missingFile_data()

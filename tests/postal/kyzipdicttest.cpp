@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <sys/stat.h>
 
 /** The program, as it is called from a shell. */
 class KyZipDictTest : public QObject
@@ -24,9 +25,12 @@ private slots:
     void helpIsNoError_data();
     void helpIsNoError();
     void missingFileIsAnError();
+    void businessesThatCannotBeReadAreAnError();
     void nothingToWriteKeepsTheOldFile();
     void failedWritingKeepsTheOldFile();
     void fullDiskKeepsTheOldFile();
+    void sourcesAreNotReplaced();
+    void pipesAreNotReplaced();
     void noProgressWithoutATerminal();
     void hasNoLibrariesToWaitFor();
 
@@ -228,6 +232,7 @@ void KyZipDictTest::helpIsNoError()
     QCOMPARE(result.code, 0);
     QCOMPARE(result.errors, "");
     QVERIFY2(result.output.contains("write [--edition N]"), result.output.constData());
+    QCOMPARE(result.output.contains("\n  --edition N "), arguments.first() == "write");
 }
 
 void KyZipDictTest::missingFileIsAnError()
@@ -236,6 +241,20 @@ void KyZipDictTest::missingFileIsAnError()
     QCOMPARE(result.code, 1);
     QVERIFY2(result.errors.startsWith("none.csv: No such file or directory\n"), result.errors.constData());
     QVERIFY(!exists("yubin02.dat"));
+}
+
+/* A dictionary without them would take the place of one that has them. */
+void KyZipDictTest::businessesThatCannotBeReadAreAnError()
+{
+    write("yubin02.dat", "old");
+    const QStringList arguments = {"write",      "--businesses", "businesses.csv",
+                                   "places.csv", "-o",           "yubin02.dat"};
+    const Run missing = run(arguments);
+    QCOMPARE(missing.code, 1);
+    QVERIFY2(missing.errors.startsWith("businesses.csv: No such file"), missing.errors.constData());
+    write("businesses.csv", "");
+    QCOMPARE(run(arguments).code, 1);
+    QCOMPARE(content("yubin02.dat"), "old");
 }
 
 void KyZipDictTest::nothingToWriteKeepsTheOldFile()
@@ -271,6 +290,34 @@ void KyZipDictTest::fullDiskKeepsTheOldFile()
     QVERIFY2(result.errors.contains("yubin02.dat: File too large"), result.errors.constData());
     QCOMPARE(content("yubin02.dat"), "old");
     QVERIFY(!exists("yubin02.dat.new"));
+}
+
+void KyZipDictTest::sourcesAreNotReplaced()
+{
+    write("businesses.csv", Businesses);
+    QVERIFY(QFile::link("places.csv", m_folder->filePath("link.csv")));
+    for (const char *output : {"places.csv", "./places.csv", "link.csv", "businesses.csv"}) {
+        const Run result = run({"write", "--businesses", "businesses.csv", "places.csv", "-o", output});
+        QCOMPARE(result.code, 1);
+        QCOMPARE(result.errors, QByteArray("kyzipdict: ") + output + ": it is one of the files to read\n");
+    }
+    write("newer.csv", Places);
+    QCOMPARE(run({"patch", "places.csv", "newer.csv", "-o", "newer.csv"}).code, 1);
+    QCOMPARE(content("places.csv"), Places);
+    QCOMPARE(content("newer.csv"), Places);
+    QCOMPARE(content("businesses.csv"), Businesses);
+}
+
+/* Renaming would put a file in the place of /dev/stdout. */
+void KyZipDictTest::pipesAreNotReplaced()
+{
+    const QByteArray pipe = QFile::encodeName(m_folder->filePath("pipe"));
+    QCOMPARE(mkfifo(pipe.constData(), 0600), 0);
+    const Run result = run({"write", "places.csv", "-o", "pipe"});
+    QCOMPARE(result.code, 1);
+    QCOMPARE(result.errors, "kyzipdict: pipe: it is no file that can be replaced\n");
+    struct stat status = {};
+    QVERIFY(stat(pipe.constData(), &status) == 0 && S_ISFIFO(status.st_mode));
 }
 
 void KyZipDictTest::noProgressWithoutATerminal()

@@ -116,6 +116,8 @@ private slots:
     void missingCodeShowsTheNext();
     void missingCodeBehindTheLastShowsNone();
     void unknownAddressIsTold();
+    void codeOfTwoWordsIsOne();
+    void nothingToLookUpIsTold();
     void numberThatIsNoCodeIsTold_data();
     void numberThatIsNoCodeIsTold();
     void characterOutsideJisIsTold();
@@ -276,6 +278,22 @@ void LookupTest::unknownAddressIsTold()
     QVERIFY(!printed.isFound);
     QCOMPARE(printed.out, QString());
     QCOMPARE(printed.errors, QString("kyzipdict: no code is found for 火星市\n"));
+}
+
+void LookupTest::codeOfTwoWordsIsOne()
+{
+    const QString expected = "100-0001 東京都千代田区千代田\n";
+    QCOMPARE(lookedUp({"100", "0001"}).out, expected);
+    QCOMPARE(lookedUp({"〒", "１００", "-０００１"}).out, expected);
+}
+
+void LookupTest::nothingToLookUpIsTold()
+{
+    for (const char *word : {"", " ", "　", "〒"}) {
+        const Printed printed = lookedUp({word});
+        QVERIFY(!printed.isFound);
+        QCOMPARE(printed.errors, QString("kyzipdict: there is nothing to look up\n"));
+    }
 }
 
 void LookupTest::numberThatIsNoCodeIsTold_data()

@@ -254,6 +254,11 @@ void SourceTest::badRowsAreProblems_data()
     QTest::newRow("no prefecture") << placeLine("1000001", "港区", "芝", "") << QByteArray("prefecture");
     QTest::newRow("no municipality") << placeLine("1000001", "", "芝") << QByteArray("municipality");
     QTest::newRow("blank municipality") << placeLine("1000001", " ", "芝") << QByteArray("municipality");
+    for (const QByteArray name : {"千代田", "区", "甲乙丙丁戊己庚辛壬癸子丑寅卯辰巳午区"})
+        QTest::addRow("municipality %s", name.constData())
+            << placeLine("1000001", name, "芝") << QByteArray("ends in 市, 区, 町 or 村");
+    QTest::newRow("long line") << placeLine("1000001", "港区", QByteArray("芝").repeated(6000))
+                               << QByteArray("too long");
     QTest::newRow("character") << placeLine("1000001", "港区", "髙輪") << QByteArray("JIS X 0208");
     QTest::newRow("half-width kana") << placeLine("1000001", "港区", "ｼﾊﾞ") << QByteArray("JIS X 0208");
     QTest::newRow("control character") << placeLine("1000001", "港区", "芝\x1B") << QByteArray("JIS X 0208");

@@ -29,7 +29,7 @@ struct Name
 {
     uint8_t prefecture = 0;
     Text characters;
-    std::vector<Reference> references;
+    std::vector<WrittenReference> references;
 };
 
 uint8_t suffixClass(char16_t jis)
@@ -41,11 +41,11 @@ uint8_t suffixClass(char16_t jis)
     return 0;
 }
 
-std::vector<Reference> referencesOf(const std::vector<Reference> &references, NameForm form)
+std::vector<WrittenReference> referencesOf(const std::vector<WrittenReference> &references, NameForm form)
 {
-    std::vector<Reference> chosen;
+    std::vector<WrittenReference> chosen;
     std::copy_if(references.begin(), references.end(), std::back_inserter(chosen),
-                 [form](const Reference &r) { return r.form == form || r.form == NameForm::Both; });
+                 [form](const WrittenReference &r) { return r.form == form || r.form == NameForm::Both; });
     return chosen;
 }
 
@@ -96,8 +96,9 @@ size_t groupsLength(const Name &name)
 class IndexWriter
 {
 public:
-    void addName(const Municipality &municipality, const std::vector<Reference> &references);
-    void addNameWithoutCounty(const Municipality &municipality, const std::vector<Reference> &references);
+    void addName(const Municipality &municipality, const std::vector<WrittenReference> &references);
+    void addNameWithoutCounty(const Municipality &municipality,
+                              const std::vector<WrittenReference> &references);
     [[nodiscard]] AddressIndex write();
 
 private:
@@ -124,7 +125,7 @@ void IndexWriter::addSecond(const Name &name)
     m_second.push_back(name);
 }
 
-void IndexWriter::addName(const Municipality &municipality, const std::vector<Reference> &references)
+void IndexWriter::addName(const Municipality &municipality, const std::vector<WrittenReference> &references)
 {
     const Name name = {municipality.prefecture, municipality.normalised,
                        referencesOf(references, NameForm::Full)};
@@ -136,7 +137,7 @@ void IndexWriter::addName(const Municipality &municipality, const std::vector<Re
 
 /* Only where there is room. */
 void IndexWriter::addNameWithoutCounty(const Municipality &municipality,
-                                       const std::vector<Reference> &references)
+                                       const std::vector<WrittenReference> &references)
 {
     const Name name = {municipality.prefecture, municipality.withoutCounty,
                        referencesOf(references, NameForm::WithoutCounty)};
@@ -194,7 +195,7 @@ std::string nameError(const Municipality &municipality)
 } // namespace
 
 AddressIndex writeAddressIndex(const std::vector<Municipality> &municipalities,
-                               const std::vector<std::vector<Reference>> &references)
+                               const std::vector<std::vector<WrittenReference>> &references)
 {
     IndexWriter writer;
     std::vector<std::string> errors;

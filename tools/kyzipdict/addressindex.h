@@ -22,7 +22,7 @@ struct AddressIndex
 
 /** @param references by municipality */
 [[nodiscard]] AddressIndex writeAddressIndex(const std::vector<Municipality> &municipalities,
-                                             const std::vector<std::vector<Reference>> &references);
+                                             const std::vector<std::vector<WrittenReference>> &references);
 
 } // namespace ZipDict
 

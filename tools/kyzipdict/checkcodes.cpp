@@ -1,5 +1,6 @@
 #include "checkparts_p.h"
 #include "ydic.h"
+#include "ydicsearch.h"
 #include "ydictables_p.h"
 #include <algorithm>
 #include <cinttypes>
@@ -149,6 +150,8 @@ void checkFiveDigits(const DictionaryFile &file, const std::vector<IndexEntry> &
 {
     int least = -1;
     for (size_t i = range.first; i < range.last; ++i) {
+        if (entries[i].chunk.size > YDIC_READ_LENGTH)
+            continue; // what no search has room for is not taken apart
         const bool isNewRange = i == range.first || entries[i - 1].last2 != entries[i].last2;
         Chunk chunk = file.chunkAt(entries[i].chunk);
         checkPlace(entries[i], chunk, least, isNewRange, findings);

@@ -1,4 +1,5 @@
 #include "checkparts_p.h"
+#include <algorithm>
 #include <cinttypes>
 
 namespace ZipDict {
@@ -36,11 +37,11 @@ bool checkRun(const NumberRun &run, unsigned prefix, uint32_t least, Findings &f
     return false;
 }
 
-/* @return every code of the runs; nothing when they aren't in order */
-std::set<uint32_t> checkRuns(const DictionaryFile &file, Findings &findings)
+/* @return every code of the runs, ascending; nothing when they aren't in order */
+std::vector<uint32_t> checkRuns(const DictionaryFile &file, Findings &findings)
 {
     const std::vector<NumberRun> runs = file.numberRuns();
-    std::set<uint32_t> codes;
+    std::vector<uint32_t> codes;
     uint32_t least = 0;
     unsigned prefix = 0;
     for (size_t i = 0; i < runs.size(); ++i) {
@@ -51,7 +52,7 @@ std::set<uint32_t> checkRuns(const DictionaryFile &file, Findings &findings)
             return {};
         least = runs[i].first + runs[i].length;
         for (uint32_t code = runs[i].first; code < least; ++code)
-            codes.insert(codes.end(), code);
+            codes.push_back(code);
     }
     return codes;
 }
@@ -62,13 +63,13 @@ void checkNumbers(const DictionaryFile &file, const CodeChunks &codes, Findings 
 {
     if (!checkIndex(file, findings))
         return;
-    const std::set<uint32_t> walked = checkRuns(file, findings);
+    const std::vector<uint32_t> walked = checkRuns(file, findings);
     // A patch leaves the walk to the dictionary and to its change table.
     if (file.isPatch() || (walked.empty() && !file.numberRuns().empty()))
         return;
     const uint64_t runs = file.u32(YDIC_AT_NUMBER_RUNS);
     for (const uint32_t code : codes.shownCodes) {
-        if (!walked.contains(code))
+        if (!std::ranges::binary_search(walked, code))
             findings.add(runs, "code %07" PRIu32 " is in no run", code);
     }
     for (const uint32_t code : walked) {

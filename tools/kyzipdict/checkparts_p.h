@@ -15,7 +15,6 @@ namespace ZipDict {
 /** What the code index leads to. */
 struct CodeChunks
 {
-    std::vector<Chunk> chunks;      ///< in the order of the index
     std::set<uint32_t> shownCodes;  ///< codes with a record that shows something
     std::set<Section> whole;        ///< the chunks' bytes
     std::set<Section> complete;     ///< bytes of the complete records in them

@@ -18,7 +18,7 @@ struct Chunk
 {
     uint32_t fiveDigits = 0;
     size_t municipality = NoMunicipality;
-    std::vector<const Record *> records;
+    std::vector<const WrittenRecord *> records;
 };
 
 bool fitTogether(size_t municipality, size_t other)
@@ -26,7 +26,7 @@ bool fitTogether(size_t municipality, size_t other)
     return municipality == other || municipality == NoMunicipality || other == NoMunicipality;
 }
 
-void append(Chunk &chunk, const std::vector<const Record *> &records, size_t municipality)
+void append(Chunk &chunk, const std::vector<const WrittenRecord *> &records, size_t municipality)
 {
     chunk.records.insert(chunk.records.end(), records.begin(), records.end());
     if (chunk.municipality == NoMunicipality)
@@ -34,10 +34,10 @@ void append(Chunk &chunk, const std::vector<const Record *> &records, size_t mun
 }
 
 /* The records of one code: a new chunk for each change of the municipality. */
-std::vector<Chunk> chunksOfCode(std::span<const Record> records)
+std::vector<Chunk> chunksOfCode(std::span<const WrittenRecord> records)
 {
     std::vector<Chunk> chunks;
-    for (const Record &record : records) {
+    for (const WrittenRecord &record : records) {
         if (chunks.empty() || !fitTogether(chunks.back().municipality, record.municipality))
             chunks.push_back({fiveDigits(record.code), NoMunicipality, {}});
         append(chunks.back(), {&record}, record.municipality);
@@ -65,12 +65,12 @@ private:
     [[nodiscard]] size_t commonLength(size_t municipality) const;
     [[nodiscard]] size_t recordsLength(const Chunk &chunk) const;
     [[nodiscard]] size_t length(const Chunk &chunk) const;
-    void plan(std::span<const Record> ofOneCode);
+    void plan(std::span<const WrittenRecord> ofOneCode);
     [[nodiscard]] bool joinLast(const Chunk &chunk);
     void writeIndex();
     void writeByAddress();
     void writeChunk(const Chunk &chunk);
-    void writeDirect(const Record &record);
+    void writeDirect(const WrittenRecord &record);
     [[nodiscard]] uint32_t nextOffset() const;
     void refer(size_t municipality, uint32_t start, uint16_t kind, NameForm form);
 
@@ -89,7 +89,7 @@ size_t ChunkWriter::commonLength(size_t municipality) const
 size_t ChunkWriter::recordsLength(const Chunk &chunk) const
 {
     size_t length = 0;
-    for (const Record *record : chunk.records)
+    for (const WrittenRecord *record : chunk.records)
         length += m_codes.length(record->text);
     return length;
 }
@@ -116,7 +116,7 @@ bool ChunkWriter::joinLast(const Chunk &chunk)
 
 /* A search reads all chunks that begin with the same last digits, and ends at the first greater ones. So when
  * a code needs several chunks, only the last of them can go on with further codes. */
-void ChunkWriter::plan(std::span<const Record> ofOneCode)
+void ChunkWriter::plan(std::span<const WrittenRecord> ofOneCode)
 {
     const std::vector<Chunk> chunks = chunksOfCode(ofOneCode);
     if (chunks.size() == 1 && joinLast(chunks.front()))
@@ -148,7 +148,7 @@ void ChunkWriter::writeChunk(const Chunk &chunk)
     m_codes.append(m_chunks.bytes, numberText(chunk.fiveDigits, YDIC_CHUNK_HEADER));
     if (chunk.municipality != NoMunicipality)
         m_codes.append(m_chunks.bytes, m_records.municipalities[chunk.municipality].shown);
-    for (const Record *record : chunk.records)
+    for (const WrittenRecord *record : chunk.records)
         m_codes.append(m_chunks.bytes, record->text);
     if (chunk.municipality != NoMunicipality)
         refer(chunk.municipality, start, 0, NameForm::Both);
@@ -185,7 +185,7 @@ void ChunkWriter::writeIndex()
 void ChunkWriter::writeByAddress()
 {
     std::map<std::pair<uint32_t, size_t>, Chunk> open;
-    for (const Record &record : m_records.byAddress) {
+    for (const WrittenRecord &record : m_records.byAddress) {
         Chunk &chunk = open[{fiveDigits(record.code), record.municipality}];
         if (length(chunk) + m_codes.length(record.text) > LongestChunk) {
             writeChunk(chunk);
@@ -198,7 +198,7 @@ void ChunkWriter::writeByAddress()
         writeChunk(chunk);
 }
 
-void ChunkWriter::writeDirect(const Record &record)
+void ChunkWriter::writeDirect(const WrittenRecord &record)
 {
     const uint32_t start = nextOffset();
     m_codes.append(m_chunks.bytes, record.text);
@@ -207,7 +207,7 @@ void ChunkWriter::writeDirect(const Record &record)
 
 Chunks ChunkWriter::write()
 {
-    const std::vector<Record> &records = m_records.byCode;
+    const std::vector<WrittenRecord> &records = m_records.byCode;
     for (size_t start = 0, end = 0; start < records.size(); start = end) {
         while (end < records.size() && records[end].code == records[start].code)
             ++end;
@@ -215,7 +215,7 @@ Chunks ChunkWriter::write()
     }
     writeIndex();
     writeByAddress();
-    for (const Record &record : m_records.direct)
+    for (const WrittenRecord &record : m_records.direct)
         writeDirect(record);
     return std::move(m_chunks);
 }

@@ -63,8 +63,8 @@ OneByteCodes chooseCodes(const Records &records)
 {
     OneByteCodes codes;
     std::set<std::pair<uint32_t, size_t>> seen;
-    for (const std::vector<Record> *list : {&records.byCode, &records.byAddress, &records.direct}) {
-        for (const Record &record : *list) {
+    for (const std::vector<WrittenRecord> *list : {&records.byCode, &records.byAddress, &records.direct}) {
+        for (const WrittenRecord &record : *list) {
             codes.count(record.text);
             if (record.municipality != NoMunicipality &&
                 seen.emplace(fiveDigits(record.code), record.municipality).second)

@@ -18,21 +18,25 @@ void printProblems(const std::vector<SourceProblem> &problems)
     }
 }
 
+/* Adds the rows of a file. @return whether it has any */
+bool addRows(std::vector<SourceRow> &rows, const std::string &path, const Progress &progress)
+{
+    Source source = readSource(path, progress);
+    printProblems(source.problems);
+    if (source.rows.empty())
+        std::fprintf(stderr, "kyzipdict: no row of %s can be used\n", path.c_str());
+    std::ranges::move(source.rows, std::back_inserter(rows));
+    return !source.rows.empty();
+}
+
 } // namespace
 
 Edition readEdition(const std::string &places, const std::string &businesses, const Progress &progress)
 {
-    Source source = readSource(places, progress);
-    if (!businesses.empty()) {
-        Source more = readSource(businesses, progress);
-        std::ranges::move(more.rows, std::back_inserter(source.rows));
-        std::ranges::move(more.problems, std::back_inserter(source.problems));
-    }
-    Edition edition{source.rows.size(), placesOf(source.rows, source.problems)};
-    printProblems(source.problems);
-    if (edition.places.empty())
-        std::fprintf(stderr, "kyzipdict: %s has no places\n", places.c_str());
-    return edition;
+    std::vector<SourceRow> rows;
+    const bool hasPlaces = addRows(rows, places, progress);
+    const bool hasBusinesses = businesses.empty() || addRows(rows, businesses, progress);
+    return hasPlaces && hasBusinesses ? Edition{rows.size(), placesOf(rows)} : Edition();
 }
 
 } // namespace ZipDict

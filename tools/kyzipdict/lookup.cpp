@@ -21,7 +21,7 @@ public:
     }
 
     bool lookUpCode(const std::string &code);
-    bool lookUpAddress(const std::u16string &address);
+    bool lookUpAddress(const std::u16string &typed);
 
 private:
     void printAddresses(const char *code, int count, FILE *out);
@@ -84,8 +84,14 @@ bool Lookup::lookUpCode(const std::string &code)
     return count > 0;
 }
 
-bool Lookup::lookUpAddress(const std::u16string &address)
+bool Lookup::lookUpAddress(const std::u16string &typed)
 {
+    if (isNumber(typed)) {
+        std::fprintf(m_errors, "kyzipdict: %s is no postal code, which has seven digits\n",
+                     toUtf8(typed).c_str());
+        return false;
+    }
+    const std::u16string address = fullWidth(typed);
     for (const char16_t character : address) {
         if (jisOf(character) == 0) {
             std::fprintf(m_errors, "kyzipdict: %s can't be looked for: it isn't in JIS X 0208\n",
@@ -123,21 +129,24 @@ bool lookUp(const std::vector<std::string> &words, unsigned max, ydic_info *info
         return false;
     }
     Lookup lookup(max, info, out, errors);
-    bool isFound = true;
+    std::vector<std::string> codes;
     std::u16string address;
     for (const std::u16string &word : wordsOf(*text)) {
         if (const std::string code = codeOf(word); !code.empty())
-            isFound = lookup.lookUpCode(code) && isFound;
-        else
+            codes.push_back(code);
+        else if (word != u"〒")
             address += word;
     }
-    address = address == u"〒" ? std::u16string() : address;
-    if (isNumber(address)) {
-        std::fprintf(errors, "kyzipdict: %s is no postal code, which has seven digits\n",
-                     toUtf8(address).c_str());
-        return false;
+    if (const std::string code = codeOf(address); !code.empty()) { // 100 0001
+        codes.push_back(code);
+        address.clear();
     }
-    return address.empty() ? isFound : lookup.lookUpAddress(fullWidth(address)) && isFound;
+    bool isFound = !codes.empty() || !address.empty();
+    if (!isFound)
+        std::fputs("kyzipdict: there is nothing to look up\n", errors);
+    for (const std::string &code : codes)
+        isFound = lookup.lookUpCode(code) && isFound;
+    return (address.empty() || lookup.lookUpAddress(address)) && isFound;
 }
 
 } // namespace ZipDict

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <sys/stat.h>
 
 namespace ZipDict {
 
@@ -21,17 +22,41 @@ bool writeBytes(const std::string &path, const std::vector<uint8_t> &bytes)
     return isWritten && isClosed;
 }
 
+bool refuse(const std::string &path, const char *reason)
+{
+    std::fprintf(stderr, "kyzipdict: %s: %s\n", path.c_str(), reason);
+    return false;
+}
+
 } // namespace
 
-bool replaceFile(const std::string &path, const std::vector<uint8_t> &bytes)
+bool canReplace(const std::string &path, const std::vector<std::string> &sources)
 {
+    struct stat there = {};
+    if (stat(path.c_str(), &there) != 0)
+        return true;
+    if (!S_ISREG(there.st_mode))
+        return refuse(path, S_ISDIR(there.st_mode) ? "it is a folder" : "it is no file that can be replaced");
+    for (const std::string &source : sources) {
+        struct stat read = {};
+        if (stat(source.c_str(), &read) == 0 && read.st_dev == there.st_dev && read.st_ino == there.st_ino)
+            return refuse(path, "it is one of the files to read");
+    }
+    return true;
+}
+
+bool replaceFile(const std::string &path, const WrittenFile &file)
+{
+    for (const std::string &error : file.errors)
+        std::fprintf(stderr, "kyzipdict: %s\n", error.c_str());
+    if (!file.errors.empty())
+        return false;
     const std::string newPath = path + ".new";
-    if (writeBytes(newPath, bytes) && std::rename(newPath.c_str(), path.c_str()) == 0)
+    if (writeBytes(newPath, file.bytes) && std::rename(newPath.c_str(), path.c_str()) == 0)
         return true;
     const int reason = errno;
     std::remove(newPath.c_str());
-    std::fprintf(stderr, "%s: %s\n", path.c_str(), std::strerror(reason));
-    return false;
+    return refuse(path, std::strerror(reason));
 }
 
 } // namespace ZipDict

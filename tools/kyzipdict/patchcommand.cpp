@@ -9,8 +9,6 @@ namespace ZipDict {
 
 namespace {
 
-constexpr unsigned LastEdition = 255;
-
 struct Options
 {
     std::string older;
@@ -23,15 +21,16 @@ struct Options
 
 int writeFile(const Options &options)
 {
+    if (!canReplace(options.output,
+                    {options.older, options.newer, options.olderBusinesses, options.newerBusinesses}))
+        return 1;
     const Progress progress = progressUnless(false);
     const std::vector<Place> older = readEdition(options.older, options.olderBusinesses, progress).places;
     const std::vector<Place> newer = readEdition(options.newer, options.newerBusinesses, progress).places;
     if (older.empty() || newer.empty())
         return 1;
     const WrittenFile file = writePatch(options.identity, older, newer);
-    for (const std::string &error : file.errors)
-        std::fprintf(stderr, "kyzipdict: %s\n", error.c_str());
-    if (!file.errors.empty() || !replaceFile(options.output, file.bytes))
+    if (!replaceFile(options.output, file))
         return 1;
     std::printf("places: %zu, then %zu\nbytes: %zu\n", older.size(), newer.size(), file.bytes.size());
     return 0;

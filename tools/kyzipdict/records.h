@@ -27,7 +27,7 @@ struct Municipality
 /** Of a record that is a complete address. */
 constexpr size_t NoMunicipality = SIZE_MAX;
 
-struct Record
+struct WrittenRecord
 {
     uint32_t code = 0;
     size_t municipality = NoMunicipality;
@@ -39,9 +39,9 @@ struct Record
 struct Records
 {
     std::vector<Municipality> municipalities;
-    std::vector<Record> byCode;              ///< the search by code shows them; sorted by code
-    std::vector<Record> byAddress;           ///< only the search by address reads them; sorted by code
-    std::vector<Record> direct;              ///< each is a reference of the address index
+    std::vector<WrittenRecord> byCode;       ///< the search by code shows them; sorted by code
+    std::vector<WrittenRecord> byAddress;    ///< only the search by address reads them; sorted by code
+    std::vector<WrittenRecord> direct;       ///< each is a reference of the address index
     std::vector<uint8_t> prefectureOfPrefix; ///< by the first two digits: that of most of their codes
 };
 

@@ -15,6 +15,8 @@ namespace {
 
 constexpr size_t MaximumFileSize = 64U << 20;
 constexpr size_t MaximumTownSize = 4096; // of the joined lines of a row, in characters
+constexpr size_t MaximumMunicipalitySize = 17;
+constexpr std::u16string_view MunicipalityEnds = u"市区町村";
 constexpr size_t MaximumProblems = 1000;
 constexpr size_t RecordsBetweenProgress = 4096;
 constexpr size_t CodeDigits = 7;
@@ -146,6 +148,13 @@ std::optional<uint32_t> codeOf(const std::string &field)
     return static_cast<uint32_t>(std::stoul(field));
 }
 
+/* What a dictionary has room for as a key. */
+bool isMunicipality(std::u16string_view name)
+{
+    return name.size() >= 2 && name.size() <= MaximumMunicipalitySize &&
+           MunicipalityEnds.find(name.back()) != std::u16string_view::npos;
+}
+
 /* How many brackets are open at the end; below 0: one closes that wasn't opened. */
 ptrdiff_t openBrackets(const std::u16string &town)
 {
@@ -222,7 +231,7 @@ private:
     std::string fillRow(SourceRow &row, const CsvRecord &record) const
     {
         if (!record.isWhole)
-            return "its quotation marks don't match";
+            return "its quotation marks don't match, or it is too long";
         if (record.fields.size() != m_layout.columns)
             return "it has " + std::to_string(record.fields.size()) + " columns instead of " +
                    std::to_string(m_layout.columns);
@@ -236,6 +245,8 @@ private:
             return "there is no such prefecture";
         if (row.municipality.empty())
             return "the municipality is missing";
+        if (m_layout.business == NoColumn && !isMunicipality(row.municipality))
+            return "a municipality ends in 市, 区, 町 or 村 and has 2 to 17 characters";
         if (m_layout.business != NoColumn && row.business.empty())
             return "the name of the business is missing";
         return {};

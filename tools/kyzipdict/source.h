@@ -47,8 +47,7 @@ struct Source
 [[nodiscard]] Source readSource(const std::string &path, const Progress &progress);
 
 /** The places of all rows, in the order of their codes; those of one code stay in the order of the rows. */
-[[nodiscard]] std::vector<Place> placesOf(const std::vector<SourceRow> &rows,
-                                          std::vector<SourceProblem> &problems);
+[[nodiscard]] std::vector<Place> placesOf(const std::vector<SourceRow> &rows);
 
 } // namespace ZipDict
 

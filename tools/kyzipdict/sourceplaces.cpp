@@ -48,13 +48,14 @@ Place placeWithoutTown(const SourceRow &row)
     return place;
 }
 
-/* The name matters more than the block. */
+/* Its name stands apart from its address, and matters more than the block. */
 Place businessOf(const SourceRow &row)
 {
     Place place = placeWithoutTown(row);
-    place.town = row.town + row.businessBlock + row.business;
+    const std::u16string name = u"　" + row.business;
+    place.town = row.town + row.businessBlock + name;
     if (place.town.size() > roomForTown(row))
-        place.town = row.town + row.business;
+        place.town = row.town + name;
     place.isCodeOnly = true;
     return place;
 }
@@ -108,16 +109,12 @@ private:
 
 } // namespace
 
-std::vector<Place> placesOf(const std::vector<SourceRow> &rows, std::vector<SourceProblem> &problems)
+std::vector<Place> placesOf(const std::vector<SourceRow> &rows)
 {
     const CodesOfTowns codes = codesOfTowns(rows);
     PlaceList places;
-    for (const SourceRow &row : rows) {
-        if (prefectureNumber(row.prefecture) == 0)
-            problems.push_back({{}, row.line, "there is no such prefecture"});
-        else
-            places.add(row.business.empty() ? townOf(row, codes) : businessOf(row));
-    }
+    for (const SourceRow &row : rows)
+        places.add(row.business.empty() ? townOf(row, codes) : businessOf(row));
     return places.take();
 }
 

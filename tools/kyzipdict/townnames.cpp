@@ -28,6 +28,7 @@ constexpr View AddressUnits[] = {u"丁目", u"丁", u"階"};
 /* Marks of an item that is no name of an area. */
 constexpr View NoAreaMarks[] = {u"「",   u"〔",   u"（",   u"～",   u"除く", u"以外", u"以上",
                                 u"以下", u"以降", u"以内", u"番地", u"場合", u"及び", u"その他"};
+constexpr View Digits = u"０１２３４５６７８９";
 constexpr View NumberCharacters = u"０１２３４５６７８９－の・";
 
 /* How streets of Kyoto are told. */
@@ -75,7 +76,7 @@ bool isSilent(View remark)
 /* １丁目, ２９階 */
 bool isPartOfAddress(View remark)
 {
-    const size_t end = remark.find_first_not_of(NumberCharacters.substr(0, 10));
+    const size_t end = remark.find_first_not_of(Digits);
     return end != 0 && end != View::npos &&
            std::ranges::find(AddressUnits, remark.substr(end)) != std::end(AddressUnits);
 }
@@ -112,11 +113,13 @@ bool isWholeMunicipality(View municipality, View name)
     return saysAll && municipality.ends_with(name.substr(0, name.size() - AllOfIt.size()));
 }
 
+/* The brackets stay where two numbers would run into one: サンシャイン６０（２７階） */
 Text shownTown(View name, const std::vector<Text> &remarks)
 {
     Text shown(name);
     for (const Text &remark : remarks) {
-        if (isPartOfAddress(remark))
+        const bool endsInNumber = !shown.empty() && Digits.find(shown.back()) != View::npos;
+        if (isPartOfAddress(remark) && !endsInNumber)
             shown += remark;
         else if (!isSilent(remark))
             shown += u'（' + remark + u'）';

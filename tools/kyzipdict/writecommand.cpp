@@ -1,5 +1,4 @@
 #include "commandline.h"
-#include "dictionarywriter.h"
 #include "edition.h"
 #include "jistext.h"
 #include "outputfile.h"
@@ -9,8 +8,6 @@
 namespace ZipDict {
 
 namespace {
-
-constexpr unsigned LastEdition = 255;
 
 struct Options
 {
@@ -62,13 +59,13 @@ void printSummary(const Options &options, const Edition &edition, const WrittenF
 
 int writeFile(const Options &options)
 {
+    if (!canReplace(options.output, {options.places, options.businesses}))
+        return 1;
     const Edition edition = readEdition(options.places, options.businesses, progressUnless(options.isQuiet));
     if (edition.places.empty())
         return 1;
     const WrittenFile file = writeDictionary(options.edition, edition.places);
-    for (const std::string &error : file.errors)
-        std::fprintf(stderr, "kyzipdict: %s\n", error.c_str());
-    if (!file.errors.empty() || !replaceFile(options.output, file.bytes))
+    if (!replaceFile(options.output, file))
         return 1;
     if (!options.isQuiet)
         printSummary(options, edition, file);
