@@ -134,9 +134,10 @@ void PostalPage::findCode(const QString &code)
 
 void PostalPage::findAddress(const QString &address)
 {
-    QString typed = address;
+    const QString wanted = EncodeAdrStr(FullWidthAdrStr(address));
     bool areSeveral = false;
-    const QList<KYAddressItem> items = GetKyAddressListFromAdr(m_dictionary->info(), typed, &areSeveral, 1);
+    const QList<KYAddressItem> items =
+        GetKyAddressListFromAdr(m_dictionary->info(), wanted, &areSeveral, KyAddressListFind);
     m_code = items.isEmpty() || areSeveral ? QString() : EncodeZipStr(items.first().zip);
     if (items.isEmpty())
         showFound({}, tr("No place fits this address."));

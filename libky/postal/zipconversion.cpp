@@ -127,6 +127,21 @@ QString withHyphen(const QString &code, QChar hyphen)
 
 } // namespace
 
+QString FullWidthAdrStr(const QString &text)
+{
+    constexpr char16_t FullWidthOffset = 0xFEE0;
+    QString result;
+    // Composes half-width kana with their marks too.
+    for (const QChar character : text.normalized(QString::NormalizationForm_KC)) {
+        const bool isHalfWidth = character.unicode() > 0x20 && character.unicode() < 0x7F;
+        if (isHalfWidth)
+            result += QChar(static_cast<char16_t>(character.unicode() + FullWidthOffset));
+        else if (!character.isSpace())
+            result += character;
+    }
+    return result;
+}
+
 QString EncodeAdrStr(const QString &text)
 {
     return UnicodeToYDicJis(text);

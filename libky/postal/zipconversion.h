@@ -10,7 +10,12 @@
 #include "kyexport.h"
 #include "ydic.h"
 
-/** An address as Adr2ZipSearch() takes it: UnicodeToYDicJis(). */
+/** A typed address in the characters that the dictionary knows: half-width letters, digits, signs and kana
+ * become full-width ones, and blanks go. */
+[[nodiscard]] KY_EXPORT QString FullWidthAdrStr(const QString &text);
+
+/** An address as Adr2ZipSearch() takes it: UnicodeToYDicJis(). What users type goes through FullWidthAdrStr()
+ * first. */
 [[nodiscard]] KY_EXPORT QString EncodeAdrStr(const QString &text);
 
 /** The digits of @p text, half-width, with zeros behind them up to the seventh. More than seven stay as they

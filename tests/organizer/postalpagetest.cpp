@@ -91,7 +91,9 @@ private slots:
     void beginningOfACodeLeadsToTheFirstThatBeginsSo();
     void codeOfMoreThanSevenDigitsIsRefused();
     void codeBehindTheLastSaysSo();
+    void addressShowsItsCode_data();
     void addressShowsItsCode();
+    void addressOfAStreetShowsItsCode();
     void addressWithSeveralCodesListsThem();
     void addressThatFitsNothingSaysSo();
     void everyKeyPressSearches();
@@ -174,7 +176,25 @@ void PostalPageTest::codeBehindTheLastSaysSo()
     QCOMPARE(status(page), QStringLiteral("There is no postal code at 999-9999 or behind it."));
 }
 
+void PostalPageTest::addressShowsItsCode_data()
+{
+    QTest::addColumn<QString>("typed");
+    for (const char *typed : {"東京都千代田区永田町１－７－１", "東京都 千代田区 永田町1-7-1",
+                              "千代田区永田町", "　東京都千代田区　永田町 1丁目 "})
+        QTest::newRow(typed) << QString::fromUtf8(typed);
+}
+
 void PostalPageTest::addressShowsItsCode()
+{
+    QFETCH(QString, typed);
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(typed);
+    QCOMPARE(rows(page), QStringList(QStringLiteral("東京都千代田区永田町")));
+    QCOMPARE(status(page), QStringLiteral("100-0014: 1 place"));
+}
+
+void PostalPageTest::addressOfAStreetShowsItsCode()
 {
     PostalPage page;
     QVERIFY(showActive(page));
