@@ -69,8 +69,6 @@ PostalPage::PostalPage(QWidget *parent)
     connect(m_copy, &QPushButton::clicked, this, &PostalPage::copy);
 }
 
-PostalPage::~PostalPage() = default;
-
 QString PostalPage::summary() const
 {
     const QString first = m_list->count() > 0 ? m_list->item(0)->text() : QString();
@@ -82,36 +80,29 @@ void PostalPage::search(const QString &text)
     m_line->setText(text);
 }
 
+/* There may be a dictionary now, or none any more. */
 void PostalPage::showEvent(QShowEvent *event)
 {
-    m_dictionary = std::make_unique<PostalDictionary>();
     find();
     QWidget::showEvent(event);
 }
 
-void PostalPage::hideEvent(QHideEvent *event)
-{
-    m_dictionary.reset();
-    QWidget::hideEvent(event);
-}
-
 void PostalPage::find()
 {
+    const PostalDictionary dictionary;
     const QString text = m_line->text().simplified();
-    if (!m_dictionary)
-        return;
-    if (!m_dictionary->info())
+    if (!dictionary.info())
         showFound({}, tr("A postal code dictionary isn't found."));
     else if (text.isEmpty())
         showFound({}, tr("Type a postal code, or an address from its beginning."));
     else if (looksLikeCode(text))
-        findCode(text);
+        findCode(text, dictionary.info());
     else
-        findAddress(text);
+        findAddress(text, dictionary.info());
 }
 
 /* The beginning of a code leads to the first code that begins so, or to the one behind. */
-void PostalPage::findCode(const QString &code)
+void PostalPage::findCode(const QString &code, ydic_info *info)
 {
     const QString wanted = EncodeZipStr(code);
     if (wanted.size() > 7) {
@@ -120,7 +111,7 @@ void PostalPage::findCode(const QString &code)
     }
     QString found;
     const QList<KYAddressItem> items =
-        GetKyAddressListFromZip(m_dictionary->info(), wanted, &found, KyAddressListFind);
+        GetKyAddressListFromZip(info, wanted, &found, KyAddressListFind);
     m_code = items.isEmpty() ? wanted : found;
     const QString shown = withHyphen(m_code);
     if (items.isEmpty())
@@ -132,12 +123,12 @@ void PostalPage::findCode(const QString &code)
                              .arg(withHyphen(wanted), shown, counted(items.size())));
 }
 
-void PostalPage::findAddress(const QString &address)
+void PostalPage::findAddress(const QString &address, ydic_info *info)
 {
     const QString wanted = EncodeAdrStr(FullWidthAdrStr(address));
     bool areSeveral = false;
     const QList<KYAddressItem> items =
-        GetKyAddressListFromAdr(m_dictionary->info(), wanted, &areSeveral, KyAddressListFind);
+        GetKyAddressListFromAdr(info, wanted, &areSeveral, KyAddressListFind);
     m_code = items.isEmpty() || areSeveral ? QString() : EncodeZipStr(items.first().zip);
     if (items.isEmpty())
         showFound({}, tr("No place fits this address."));
@@ -160,10 +151,9 @@ void PostalPage::goToPrevious()
 /* At either end the list stays as it is. */
 void PostalPage::walk(int mode)
 {
-    if (!m_dictionary || !m_dictionary->info() || m_code.isEmpty())
-        return;
+    const PostalDictionary dictionary;
     QString found;
-    const QList<KYAddressItem> items = GetKyAddressListFromZip(m_dictionary->info(), m_code, &found, mode);
+    const QList<KYAddressItem> items = GetKyAddressListFromZip(dictionary.info(), m_code, &found, mode);
     if (!items.isEmpty())
         m_line->setText(withHyphen(found));
 }
