@@ -31,6 +31,7 @@ public slots:
     void copy();
 
 protected:
+    bool eventFilter(QObject *object, QEvent *event) override;
     void showEvent(QShowEvent *event) override;
 
 private:
