@@ -1,6 +1,7 @@
 #include "addresslookup.h"
 
 #include "kyzipconvertor.h"
+#include "zipconversion.h"
 
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -43,10 +44,17 @@ void AddressLookup::convert(By by)
         return;
     if (convertor.isSelectZip())
         m_lines.zip->setText(convertor.selectedZip());
-    if (!convertor.isSelectAddress())
+    if (convertor.isSelectAddress())
+        fill(convertor.selectedState(), convertor.selectedCity());
+}
+
+/* What is there already, perhaps in another line, isn't written a second time. */
+void AddressLookup::fill(const QString &state, const QString &city)
+{
+    if (FullWidthAdrStr(address()).startsWith(state + city))
         return;
-    m_lines.city->setText(convertor.selectedCity());
-    const QString state = convertor.selectedState();
+    if (!FullWidthAdrStr(m_lines.city->text() + m_lines.street->text()).startsWith(city))
+        m_lines.city->setText(city);
     if (!state.isEmpty())
         m_lines.state->setText(state);
 }

@@ -31,6 +31,7 @@ private:
     enum class By { Code, Address };
 
     void convert(By by);
+    void fill(const QString &state, const QString &city);
     [[nodiscard]] QString address() const;
 
     AddressLines m_lines;

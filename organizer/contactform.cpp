@@ -74,10 +74,9 @@ constexpr FormField FormFields[] = {
     {MoreTab, AddressField::Notes, QT_TRANSLATE_NOOP("ContactForm", "Notes")},
 };
 
-/** The address of a tab. */
+/** One address. */
 struct PostalFields
 {
-    Tab tab;
     int zip;
     int state;
     int city;
@@ -85,9 +84,9 @@ struct PostalFields
 };
 
 constexpr PostalFields Addresses[] = {
-    {BusinessTab, AddressField::BusinessZip, AddressField::BusinessState, AddressField::BusinessCity,
+    {AddressField::BusinessZip, AddressField::BusinessState, AddressField::BusinessCity,
      AddressField::BusinessStreet},
-    {HomeTab, AddressField::HomeZip, AddressField::HomeState, AddressField::HomeCity, AddressField::HomeStreet},
+    {AddressField::HomeZip, AddressField::HomeState, AddressField::HomeCity, AddressField::HomeStreet},
 };
 
 } // namespace
@@ -122,8 +121,8 @@ void ContactForm::addTab(int tab)
         else
             editor = m_lines[entry.field] = new QLineEdit;
         form->addRow(tr(entry.label), editor);
+        addLookup(form, entry.field);
     }
-    addLookup(form, tab);
     auto *scroll = new QScrollArea;
     scroll->setWidget(page);
     scroll->setWidgetResizable(true);
@@ -131,17 +130,13 @@ void ContactForm::addTab(int tab)
     m_tabs->addTab(scroll, tr(TabTitles[tab]));
 }
 
-/* Behind the last line of the tab's address. */
-void ContactForm::addLookup(QFormLayout *form, int tab)
+/* Behind the last line of an address. */
+void ContactForm::addLookup(QFormLayout *form, int field)
 {
     for (const PostalFields &fields : Addresses) {
-        if (fields.tab != tab)
-            continue;
-        const AddressLines lines = {m_lines[fields.zip], m_lines[fields.state], m_lines[fields.city],
-                                    m_lines[fields.street]};
-        int row = 0;
-        form->getWidgetPosition(lines.street, &row, nullptr);
-        form->insertRow(row + 1, QString(), new AddressLookup(lines));
+        if (fields.street == field)
+            form->addRow(QString(), new AddressLookup({m_lines[fields.zip], m_lines[fields.state],
+                                                       m_lines[fields.city], m_lines[fields.street]}));
     }
 }
 

@@ -24,7 +24,7 @@ protected:
 
 private:
     void addTab(int tab);
-    void addLookup(QFormLayout *form, int tab);
+    void addLookup(QFormLayout *form, int field);
 
     QTabWidget *m_tabs;
     QHash<int, QLineEdit *> m_lines;

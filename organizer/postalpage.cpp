@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -28,7 +29,19 @@ bool looksLikeCode(const QString &text)
 
 QString counted(qsizetype places)
 {
-    return places == 1 ? PostalPage::tr("1 place") : PostalPage::tr("%1 places").arg(places);
+    if (places == 1)
+        return PostalPage::tr("1 place");
+    // The list ends there, whether or not that is all.
+    return places == KyAddressListMaximum ? PostalPage::tr("%1 places or more").arg(places)
+                                          : PostalPage::tr("%1 places").arg(places);
+}
+
+/** As addresses are written on letters, and as copy() gives them. */
+QString withoutCode(const QString &address)
+{
+    static const QRegularExpression code(
+        QStringLiteral("^〒?\\s*[0-9０-９]{3}[\\-－‐−]?[0-9０-９]{4}\\s*(?=\\D)"));
+    return QString(address).remove(code);
 }
 
 QPushButton *makeButton(const QString &text, const QKeySequence &keys, const QString &hint)
@@ -43,14 +56,17 @@ QPushButton *makeButton(const QString &text, const QKeySequence &keys, const QSt
 } // namespace
 
 PostalPage::PostalPage(QWidget *parent)
-    : QWidget(parent), m_line(new QLineEdit), m_list(new KyAddressListBox(this)), m_status(new QLabel),
+    : QWidget(parent), m_line(new QLineEdit), m_list(new KyAddressListBox), m_status(new QLabel),
       m_previous(makeButton(tr("Previous code"), {Qt::ALT | Qt::Key_Left}, tr("Alt+Left"))),
       m_next(makeButton(tr("Next code"), {Qt::ALT | Qt::Key_Right}, tr("Alt+Right"))),
       m_copy(makeButton(tr("Copy"), {}, tr("Copies the code and the address of the row")))
 {
     m_line->setObjectName("postalLine");
     m_line->setPlaceholderText(tr("Postal code or address"));
+    m_line->setAccessibleName(m_line->placeholderText());
     m_line->setClearButtonEnabled(true);
+    m_line->installEventFilter(this);
+    m_list->setAccessibleName(tr("Places found"));
     m_status->setWordWrap(true);
     auto *buttons = new QHBoxLayout;
     for (QPushButton *button : {m_previous, m_next, m_copy})
@@ -69,8 +85,6 @@ PostalPage::PostalPage(QWidget *parent)
     connect(m_copy, &QPushButton::clicked, this, &PostalPage::copy);
 }
 
-PostalPage::~PostalPage() = default;
-
 QString PostalPage::summary() const
 {
     const QString first = m_list->count() > 0 ? m_list->item(0)->text() : QString();
@@ -82,36 +96,41 @@ void PostalPage::search(const QString &text)
     m_line->setText(text);
 }
 
+/* There may be a dictionary now, or none any more. */
 void PostalPage::showEvent(QShowEvent *event)
 {
-    m_dictionary = std::make_unique<PostalDictionary>();
     find();
     QWidget::showEvent(event);
 }
 
-void PostalPage::hideEvent(QHideEvent *event)
+/* Down leads from the line into the list. */
+bool PostalPage::eventFilter(QObject *object, QEvent *event)
 {
-    m_dictionary.reset();
-    QWidget::hideEvent(event);
+    const bool isDown = object == m_line && event->type() == QEvent::KeyPress &&
+                        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Down;
+    if (!isDown || m_list->count() == 0)
+        return QWidget::eventFilter(object, event);
+    m_list->setFocus();
+    return true;
 }
 
 void PostalPage::find()
 {
+    const PostalDictionary dictionary;
     const QString text = m_line->text().simplified();
-    if (!m_dictionary)
-        return;
-    if (!m_dictionary->info())
+    if (!dictionary.info())
         showFound({}, tr("A postal code dictionary isn't found."));
     else if (text.isEmpty())
         showFound({}, tr("Type a postal code, or an address from its beginning."));
     else if (looksLikeCode(text))
-        findCode(text);
+        findCode(text, dictionary.info());
     else
-        findAddress(text);
+        findAddress(text, dictionary.info());
 }
 
-/* The beginning of a code leads to the first code that begins so, or to the one behind. */
-void PostalPage::findCode(const QString &code)
+/* The beginning of a code leads to the first code that begins so, or to the one behind; a code behind the
+ * last of its area to the first of the area. */
+void PostalPage::findCode(const QString &code, ydic_info *info)
 {
     const QString wanted = EncodeZipStr(code);
     if (wanted.size() > 7) {
@@ -119,24 +138,24 @@ void PostalPage::findCode(const QString &code)
         return;
     }
     QString found;
-    const QList<KYAddressItem> items =
-        GetKyAddressListFromZip(m_dictionary->info(), wanted, &found, KyAddressListFind);
+    const QList<KYAddressItem> items = GetKyAddressListFromZip(info, wanted, &found, KyAddressListFind);
     m_code = items.isEmpty() ? wanted : found;
-    const QString shown = withHyphen(m_code);
+    const QString result = tr("%1: %2").arg(withHyphen(m_code), counted(items.size()));
     if (items.isEmpty())
-        showFound({}, tr("There is no postal code at %1 or behind it.").arg(shown));
+        showFound({}, tr("There is no postal code at %1 or behind it.").arg(withHyphen(wanted)));
     else if (found == wanted)
-        showFound(items, tr("%1: %2").arg(shown, counted(items.size())));
+        showFound(items, result);
+    else if (found > wanted)
+        showFound(items, tr("There is no %1. The code behind it is %2").arg(withHyphen(wanted), result));
     else
-        showFound(items, tr("There is no %1. The code behind it is %2: %3")
-                             .arg(withHyphen(wanted), shown, counted(items.size())));
+        showFound(items, tr("There is no %1. Its area begins with %2").arg(withHyphen(wanted), result));
 }
 
-void PostalPage::findAddress(const QString &address)
+void PostalPage::findAddress(const QString &address, ydic_info *info)
 {
-    QString typed = address;
+    const QString wanted = EncodeAdrStr(FullWidthAdrStr(withoutCode(address)));
     bool areSeveral = false;
-    const QList<KYAddressItem> items = GetKyAddressListFromAdr(m_dictionary->info(), typed, &areSeveral, 1);
+    const QList<KYAddressItem> items = GetKyAddressListFromAdr(info, wanted, &areSeveral, KyAddressListFind);
     m_code = items.isEmpty() || areSeveral ? QString() : EncodeZipStr(items.first().zip);
     if (items.isEmpty())
         showFound({}, tr("No place fits this address."));
@@ -159,10 +178,9 @@ void PostalPage::goToPrevious()
 /* At either end the list stays as it is. */
 void PostalPage::walk(int mode)
 {
-    if (!m_dictionary || !m_dictionary->info() || m_code.isEmpty())
-        return;
+    const PostalDictionary dictionary;
     QString found;
-    const QList<KYAddressItem> items = GetKyAddressListFromZip(m_dictionary->info(), m_code, &found, mode);
+    const QList<KYAddressItem> items = GetKyAddressListFromZip(dictionary.info(), m_code, &found, mode);
     if (!items.isEmpty())
         m_line->setText(withHyphen(found));
 }

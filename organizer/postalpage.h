@@ -5,19 +5,18 @@
 
 #include <QWidget>
 
-class PostalDictionary;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+struct ydic_info;
 
 /** Postal codes and addresses, found while the user types one or the other. The dictionary is open only while
- * the page is to be seen, so that a card can be taken out. */
+ * something is looked up, so that its card can be taken out at any time. */
 class PostalPage : public QWidget
 {
     Q_OBJECT
 public:
     explicit PostalPage(QWidget *parent = nullptr);
-    ~PostalPage() override;
 
     /** What was found, in a line. */
     [[nodiscard]] QString summary() const;
@@ -32,17 +31,16 @@ public slots:
     void copy();
 
 protected:
+    bool eventFilter(QObject *object, QEvent *event) override;
     void showEvent(QShowEvent *event) override;
-    void hideEvent(QHideEvent *event) override;
 
 private:
     void find();
-    void findCode(const QString &code);
-    void findAddress(const QString &address);
+    void findCode(const QString &code, ydic_info *info);
+    void findAddress(const QString &address, ydic_info *info);
     void walk(int mode);
     void showFound(const QList<KYAddressItem> &items, const QString &status);
 
-    std::unique_ptr<PostalDictionary> m_dictionary;
     QLineEdit *m_line;
     KyAddressListBox *m_list;
     QLabel *m_status;

@@ -18,22 +18,6 @@ constexpr int Width = 200;
 constexpr int Spacing = 5;
 constexpr int LabelSpacing = 40;
 
-/** The dictionary knows full-width characters alone, and no blanks. */
-QString asDictionaryWritesIt(const QString &address)
-{
-    constexpr char16_t FullWidthOffset = 0xFEE0;
-    QString result;
-    // Composes half-width kana with their marks too.
-    for (const QChar character : address.normalized(QString::NormalizationForm_KC)) {
-        const bool isHalfWidth = character.unicode() > 0x20 && character.unicode() < 0x7F;
-        if (isHalfWidth)
-            result += QChar(static_cast<char16_t>(character.unicode() + FullWidthOffset));
-        else if (!character.isSpace())
-            result += character;
-    }
-    return result;
-}
-
 struct AnswerButton
 {
     QMessageBox::StandardButton button;
@@ -253,7 +237,7 @@ bool KyZIPConvertor::searchZip()
 
 bool KyZIPConvertor::searchAddress()
 {
-    const QString address = EncodeAdrStr(asDictionaryWritesIt(d->address));
+    const QString address = EncodeAdrStr(FullWidthAdrStr(d->address));
     bool multiCode = false;
     const QList<KYAddressItem> items =
         GetKyAddressListFromAdr(d->info, address, &multiCode, KyAddressListFind);

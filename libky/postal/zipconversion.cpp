@@ -19,7 +19,6 @@ constexpr qsizetype EscapeLength = 3;
 constexpr qsizetype CharacterLength = 2;
 constexpr char GetaMark[] = "\x22\x2E"; // 〓, which stands for a character that isn't there
 
-constexpr int MaxResults = 20;
 // Each with its terminator; the buffers have one more.
 constexpr size_t ResultLength = YDIC_ADDRESS_LENGTH + 1;
 constexpr size_t CodeLength = ZipDigits + 1;
@@ -69,7 +68,7 @@ public:
     int find(const QString &code)
     {
         m_zip = code;
-        m_count = Zip2AdrSearch(code.toLatin1().constData(), MaxResults, m_results.data(), m_info);
+        m_count = Zip2AdrSearch(code.toLatin1().constData(), KyAddressListMaximum, m_results.data(), m_info);
         return m_count;
     }
 
@@ -77,8 +76,8 @@ public:
     int findNear(const QString &code, uint8_t direction)
     {
         std::array<char, CodeLength + 1> nearCode{};
-        m_count = Zip2AdrSearchNP(code.toLatin1().constData(), MaxResults, direction, nearCode.data(),
-                                  m_results.data(), m_info);
+        m_count = Zip2AdrSearchNP(code.toLatin1().constData(), KyAddressListMaximum, direction,
+                                  nearCode.data(), m_results.data(), m_info);
         m_zip = QString::fromLatin1(nearCode.data());
         return m_count;
     }
@@ -106,7 +105,7 @@ public:
     {
         QList<KYAddressItem> list;
         const char *result = m_results.data();
-        for (int i = 0; i < qMin(m_count, MaxResults); ++i) {
+        for (int i = 0; i < qMin(m_count, KyAddressListMaximum); ++i) {
             list.append(addressItem(YDicJisToUnicode(result), zip, showZip));
             result += strlen(result) + 1;
         }
@@ -115,7 +114,7 @@ public:
 
 private:
     ydic_info *const m_info;
-    std::array<char, MaxResults * ResultLength + 1> m_results{};
+    std::array<char, KyAddressListMaximum * ResultLength + 1> m_results{};
     int m_count = 0;
     QString m_zip;
 };
@@ -126,6 +125,21 @@ QString withHyphen(const QString &code, QChar hyphen)
 }
 
 } // namespace
+
+QString FullWidthAdrStr(const QString &text)
+{
+    constexpr char16_t FullWidthOffset = 0xFEE0;
+    QString result;
+    // Composes half-width kana with their marks too.
+    for (const QChar character : text.normalized(QString::NormalizationForm_KC)) {
+        const bool isHalfWidth = character.unicode() > 0x20 && character.unicode() < 0x7F;
+        if (isHalfWidth)
+            result += QChar(static_cast<char16_t>(character.unicode() + FullWidthOffset));
+        else if (!character.isSpace())
+            result += character;
+    }
+    return result;
+}
 
 QString EncodeAdrStr(const QString &text)
 {
@@ -193,11 +207,11 @@ QList<KYAddressItem> GetKyAddressListFromAdr(ydic_info *info, const QString &add
         *multi = false;
     if (!info || address.isNull() || mode != KyAddressListFind)
         return {};
-    std::array<char, MaxResults * CodeLength + 1> codes{};
-    const int count = Adr2ZipSearch(address.toLatin1().constData(), MaxResults, codes.data(), info);
+    std::array<char, KyAddressListMaximum * CodeLength + 1> codes{};
+    const int count = Adr2ZipSearch(address.toLatin1().constData(), KyAddressListMaximum, codes.data(), info);
     const bool hasSeveral = count > 1;
     QList<KYAddressItem> list;
-    for (int i = 0; i < qMin(count, MaxResults); ++i) {
+    for (int i = 0; i < qMin(count, KyAddressListMaximum); ++i) {
         const QString code = QString::fromLatin1(codes.data() + static_cast<size_t>(i) * CodeLength);
         ZipSearch search(info);
         if (search.find(code) > 0 && hasSeveral && multi)

@@ -10,7 +10,12 @@
 #include "kyexport.h"
 #include "ydic.h"
 
-/** An address as Adr2ZipSearch() takes it: UnicodeToYDicJis(). */
+/** A typed address in the characters that the dictionary knows: half-width letters, digits, signs and kana
+ * become full-width ones, and blanks go. */
+[[nodiscard]] KY_EXPORT QString FullWidthAdrStr(const QString &text);
+
+/** An address as Adr2ZipSearch() takes it: UnicodeToYDicJis(). What users type goes through FullWidthAdrStr()
+ * first. */
 [[nodiscard]] KY_EXPORT QString EncodeAdrStr(const QString &text);
 
 /** The digits of @p text, half-width, with zeros behind them up to the seventh. More than seven stay as they
@@ -29,6 +34,9 @@
  * @return null when not one character is of JIS X 0208 */
 [[nodiscard]] KY_EXPORT QString UnicodeToYDicJis(const QString &text);
 
+/** The places of a code, and the codes of an address, that the lists below have at most. */
+constexpr int KyAddressListMaximum = 20;
+
 /** Values of the parameter mode below. */
 enum KyAddressListMode {
     KyAddressListNext = 0,      ///< the nearest code above
@@ -37,7 +45,7 @@ enum KyAddressListMode {
 };
 
 /**
- * The addresses of a code, 20 at most.
+ * The addresses of a code, KyAddressListMaximum at most.
  *
  * KyAddressListFind leads from a code that doesn't exist to the next one that begins with the same three
  * digits, else to the first that does, or that follows these.
@@ -52,7 +60,7 @@ enum KyAddressListMode {
                                                                      QString *foundZip, int mode);
 
 /**
- * The addresses of the codes, 20 at most, that fit an address best.
+ * The addresses, KyAddressListMaximum of each at most, of as many codes at most, that fit an address best.
  *
  * @param info open; null gives an empty list
  * @param address of EncodeAdrStr()

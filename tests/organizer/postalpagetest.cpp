@@ -7,6 +7,7 @@
 
 #include <QClipboard>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTest>
 #include <QTimer>
 
@@ -57,7 +58,7 @@ QStringList rows(const PostalPage &page)
 QPushButton *button(const QWidget &parent, const QString &text)
 {
     for (auto *candidate : parent.findChildren<QPushButton *>()) {
-        if (candidate->text() == text)
+        if (candidate->text().replace(QLatin1String("&&"), QLatin1String("&")) == text)
             return candidate;
     }
     return nullptr;
@@ -90,18 +91,29 @@ private slots:
     void codeShowsItsPlaces();
     void beginningOfACodeLeadsToTheFirstThatBeginsSo();
     void codeOfMoreThanSevenDigitsIsRefused();
-    void codeBehindTheLastSaysSo();
+    void codeBehindTheLastOfItsAreaSaysSo();
+    void moreThanAreListedSaySo();
+    void addressShowsItsCode_data();
     void addressShowsItsCode();
+    void addressOfAStreetShowsItsCode();
     void addressWithSeveralCodesListsThem();
     void addressThatFitsNothingSaysSo();
     void everyKeyPressSearches();
     void neighboursAreWalkedBothWays();
     void lowestCodeHasNoneBefore();
     void rowIsCopied();
-    void hiddenPageHoldsNoFile();
+    void copiedRowIsFoundAgain_data();
+    void copiedRowIsFoundAgain();
+    void keysGoFromTheLineToTheListAndCopy();
+    void tabFollowsTheLayout();
+    void readersTellTheNames();
+    void cardWithTheDictionaryMayBeTakenOut();
     void dictionaryThatArrivesLaterIsUsedWhenThePageIsShownAgain();
     void codeFillsTheAddressOfTheForm();
     void addressFillsTheCodeOfTheForm();
+    void tabOfTheFormGoesFromTheAddressToItsButtons();
+    void addressThatIsThereIsNotWrittenTwice_data();
+    void addressThatIsThereIsNotWrittenTwice();
     void formKeepsWhatTheUserDoesNotTake();
     void formWithoutADictionarySaysSo();
     void formWithACodeThatIsNoneSaysSo();
@@ -166,15 +178,44 @@ void PostalPageTest::codeOfMoreThanSevenDigitsIsRefused()
     QVERIFY(!button(page, QStringLiteral("Next code"))->isEnabled());
 }
 
-void PostalPageTest::codeBehindTheLastSaysSo()
+void PostalPageTest::codeBehindTheLastOfItsAreaSaysSo()
 {
     PostalPage page;
     QVERIFY(showActive(page));
+    page.search(QStringLiteral("100-9999"));
+    QCOMPARE(status(page), QStringLiteral("There is no 100-9999. Its area begins with 100-0000: 1 place"));
     page.search(QStringLiteral("9999999"));
-    QCOMPARE(status(page), QStringLiteral("There is no postal code at 999-9999 or behind it."));
+    QCOMPARE(status(page), QStringLiteral("There is no 999-9999. Its area begins with 999-0100: 1 place"));
+}
+
+void PostalPageTest::moreThanAreListedSaySo()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("452-0961"));
+    QCOMPARE(rows(page).size(), 20);
+    QCOMPARE(status(page), QStringLiteral("452-0961: 20 places or more"));
+}
+
+void PostalPageTest::addressShowsItsCode_data()
+{
+    QTest::addColumn<QString>("typed");
+    for (const char *typed : {"東京都千代田区永田町１－７－１", "東京都 千代田区 永田町1-7-1",
+                              "千代田区永田町", "　東京都千代田区　永田町 1丁目 "})
+        QTest::newRow(typed) << QString::fromUtf8(typed);
 }
 
 void PostalPageTest::addressShowsItsCode()
+{
+    QFETCH(QString, typed);
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(typed);
+    QCOMPARE(rows(page), QStringList(QStringLiteral("東京都千代田区永田町")));
+    QCOMPARE(status(page), QStringLiteral("100-0014: 1 place"));
+}
+
+void PostalPageTest::addressOfAStreetShowsItsCode()
 {
     PostalPage page;
     QVERIFY(showActive(page));
@@ -227,8 +268,8 @@ void PostalPageTest::neighboursAreWalkedBothWays()
     page.search(QStringLiteral("100-0006"));
     QTest::mouseClick(button(page, QStringLiteral("Next code")), Qt::LeftButton);
     QCOMPARE(status(page), QStringLiteral("100-0011: 1 place"));
-    QTest::keyClick(&page, Qt::Key_Left, Qt::AltModifier);
-    QCOMPARE(status(page), QStringLiteral("100-0006: 1 place"));
+    QTest::keyClick(page.focusWidget(), Qt::Key_Left, Qt::AltModifier);
+    QTRY_COMPARE(status(page), QStringLiteral("100-0006: 1 place"));
 }
 
 void PostalPageTest::lowestCodeHasNoneBefore()
@@ -251,14 +292,77 @@ void PostalPageTest::rowIsCopied()
     QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("〒100-0001 東京都千代田区千代田"));
 }
 
-void PostalPageTest::hiddenPageHoldsNoFile()
+void PostalPageTest::copiedRowIsFoundAgain_data()
+{
+    QTest::addColumn<QString>("typed");
+    for (const char *typed : {"〒100-0001 東京都千代田区千代田", "〒１００－０００１　東京都千代田区千代田",
+                              "100-0001 東京都千代田区千代田", "1000001東京都千代田区千代田１－１"})
+        QTest::newRow(typed) << QString::fromUtf8(typed);
+}
+
+void PostalPageTest::copiedRowIsFoundAgain()
+{
+    QFETCH(QString, typed);
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(typed);
+    QCOMPARE(status(page), QStringLiteral("100-0001: 1 place"));
+}
+
+void PostalPageTest::keysGoFromTheLineToTheListAndCopy()
 {
     PostalPage page;
     QVERIFY(showActive(page));
-    QVERIFY(hasDictionaryOpen());
-    page.hide();
-    QVERIFY(!hasDictionaryOpen());
-    page.search(QStringLiteral("1000001")); // nothing to search in
+    auto *line = page.findChild<QLineEdit *>();
+    auto *list = page.findChild<KyAddressListBox *>();
+    QCOMPARE(page.focusWidget(), line);
+    QTest::keyClick(line, Qt::Key_Down); // nothing to go to
+    QCOMPARE(page.focusWidget(), line);
+    page.search(QStringLiteral("札幌市中央区大通西"));
+    QTest::keyClick(line, Qt::Key_Down);
+    QCOMPARE(page.focusWidget(), list);
+    QCOMPARE(list->currentRow(), 0);
+    QTest::keyClick(list, Qt::Key_Down);
+    QTest::keyClick(list, Qt::Key_Return);
+    QCOMPARE(QApplication::clipboard()->text(),
+             QStringLiteral("〒064-0820 北海道札幌市中央区大通西（２０～２８丁目）"));
+}
+
+void PostalPageTest::tabFollowsTheLayout()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("1000001"));
+    const QList<QWidget *> order = {page.findChild<QLineEdit *>(), page.findChild<KyAddressListBox *>(),
+                                    button(page, QStringLiteral("Previous code")),
+                                    button(page, QStringLiteral("Next code")),
+                                    button(page, QStringLiteral("Copy"))};
+    for (QWidget *widget : order) {
+        QCOMPARE(page.focusWidget(), widget);
+        QTest::keyClick(widget, Qt::Key_Tab);
+    }
+}
+
+void PostalPageTest::readersTellTheNames()
+{
+    const PostalPage page;
+    QCOMPARE(page.findChild<QLineEdit *>()->accessibleName(), QStringLiteral("Postal code or address"));
+    QCOMPARE(page.findChild<KyAddressListBox *>()->accessibleName(), QStringLiteral("Places found"));
+}
+
+void PostalPageTest::cardWithTheDictionaryMayBeTakenOut()
+{
+    PostalPage page;
+    QVERIFY(showActive(page));
+    page.search(QStringLiteral("1000001"));
+    QCOMPARE(rows(page).size(), 1);
+    QVERIFY(!hasDictionaryOpen()); // the card could not be unmounted
+    removeDictionary();
+    page.goToNext();
+    QCOMPARE(status(page), QStringLiteral("100-0001: 1 place"));
+    page.search(QStringLiteral("1000002"));
+    QCOMPARE(status(page), QStringLiteral("A postal code dictionary isn't found."));
+    QVERIFY(rows(page).isEmpty());
 }
 
 void PostalPageTest::dictionaryThatArrivesLaterIsUsedWhenThePageIsShownAgain()
@@ -303,6 +407,64 @@ void PostalPageTest::addressFillsTheCodeOfTheForm()
     QCOMPARE(editor(page, QStringLiteral("Street"))->text(), QStringLiteral("永田町1-7-1"));
 }
 
+void PostalPageTest::tabOfTheFormGoesFromTheAddressToItsButtons()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    QVERIFY(showActive(page));
+    page.newCard();
+    auto *street = editor(page, QStringLiteral("Street"));
+    auto *country = editor(page, QStringLiteral("Country"));
+    auto *tabs = page.findChild<CardForm *>()->findChild<QTabWidget *>();
+    while (!street->isVisible() && tabs->currentIndex() + 1 < tabs->count())
+        tabs->setCurrentIndex(tabs->currentIndex() + 1);
+    street->setFocus();
+    for (const char *text : {"Find address", "Find code"}) {
+        QTest::keyClick(page.focusWidget(), Qt::Key_Tab);
+        const auto *focused = qobject_cast<QPushButton *>(page.focusWidget());
+        QVERIFY(focused);
+        QCOMPARE(focused->text(), QString::fromLatin1(text));
+    }
+    QTest::keyClick(page.focusWidget(), Qt::Key_Tab);
+    QCOMPARE(page.focusWidget(), country);
+}
+
+void PostalPageTest::addressThatIsThereIsNotWrittenTwice_data()
+{
+    QTest::addColumn<QStringList>("lines"); // state, city, street
+    QTest::addColumn<QStringList>("filled");
+    QTest::newRow("town in the street") << QStringList{"東京都", "千代田区", "永田町1-7-1"}
+                                        << QStringList{"東京都", "千代田区", "永田町1-7-1"};
+    QTest::newRow("no state") << QStringList{"", "千代田区", "永田町1-7-1"}
+                              << QStringList{"東京都", "千代田区", "永田町1-7-1"};
+    QTest::newRow("all in one line") << QStringList{"", "", "東京都 千代田区 永田町1-7-1"}
+                                     << QStringList{"", "", "東京都 千代田区 永田町1-7-1"};
+    QTest::newRow("with a blank") << QStringList{"東京都", "千代田区 永田町", "1-7-1"}
+                                  << QStringList{"東京都", "千代田区 永田町", "1-7-1"};
+    QTest::newRow("spelled otherwise") << QStringList{"東京都", "千代田区霞ヶ関", "1-1-1"}
+                                       << QStringList{"東京都", "千代田区霞が関", "1-1-1"};
+}
+
+void PostalPageTest::addressThatIsThereIsNotWrittenTwice()
+{
+    QFETCH(QStringList, lines);
+    QFETCH(QStringList, filled);
+    const QString code =
+        filled[1].contains(QStringLiteral("霞")) ? QStringLiteral("100-0013") : QStringLiteral("100-0014");
+    const QStringList labels = {"State", "City", "Street"};
+    CategoryTable table;
+    ContactsPage page(&table);
+    QVERIFY(showActive(page));
+    page.newCard();
+    for (int i = 0; i < labels.size(); ++i)
+        type(page, labels[i], lines[i]);
+    pressInConvertor(QStringLiteral("Adr & ZIP"));
+    button(page, QStringLiteral("Find code"))->click();
+    QCOMPARE(editor(page, QStringLiteral("Postal code"))->text(), code);
+    for (int i = 0; i < labels.size(); ++i)
+        QCOMPARE(editor(page, labels[i])->text(), filled[i]);
+}
+
 void PostalPageTest::formKeepsWhatTheUserDoesNotTake()
 {
     CategoryTable table;
@@ -325,7 +487,7 @@ void PostalPageTest::formWithoutADictionarySaysSo()
     QVERIFY(showActive(page));
     page.newCard();
     type(page, QStringLiteral("Postal code"), QStringLiteral("1000001"));
-    MessageRobot robot;
+    MessageRobot robot({QMessageBox::Ok});
     button(page, QStringLiteral("Find address"))->click();
     QCOMPARE(robot.boxes().size(), 1);
     QCOMPARE(robot.boxes().first().text, QStringLiteral("A postal code dictionary\nisn't found."));
@@ -338,7 +500,7 @@ void PostalPageTest::formWithACodeThatIsNoneSaysSo()
     QVERIFY(showActive(page));
     page.newCard();
     type(page, QStringLiteral("Postal code"), QStringLiteral("none"));
-    MessageRobot robot;
+    MessageRobot robot({QMessageBox::Ok});
     button(page, QStringLiteral("Find address"))->click();
     QCOMPARE(robot.boxes().size(), 1);
     QCOMPARE(robot.boxes().first().text,

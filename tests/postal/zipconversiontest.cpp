@@ -48,6 +48,8 @@ private slots:
     void textToJis_data();
     void textToJis();
     void addressIsEncodedLikeAnyText();
+    void typedAddressBecomesFullWidth_data();
+    void typedAddressBecomesFullWidth();
 
     void findsTheCode();
     void splitsAtTheFirstSolidus();
@@ -204,6 +206,34 @@ void ZipConversionTest::addressIsEncodedLikeAnyText()
 {
     QCOMPARE(EncodeAdrStr("東京1"), "\x45\x6C\x35\x7E\x22\x2E");
     QVERIFY(EncodeAdrStr("1").isNull());
+}
+
+void ZipConversionTest::typedAddressBecomesFullWidth_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("widened");
+    QTest::newRow("as it is") << "千代田区外神田３－２"
+                              << "千代田区外神田３－２";
+    QTest::newRow("half-width number") << "外神田3-12"
+                                       << "外神田３－１２";
+    QTest::newRow("half-width letters") << "外神田Abz!~"
+                                        << "外神田Ａｂｚ！～";
+    QTest::newRow("half-width kana") << "ﾆｾｺﾁﾖｳｶﾞﾊﾟ"
+                                     << "ニセコチヨウガパ";
+    QTest::newRow("blanks of both widths") << " 東京都 千代田区　外神田\n"
+                                           << "東京都千代田区外神田";
+    QTest::newRow("sign of the standard stays") << "虎ノ門ヶ々〇"
+                                                << "虎ノ門ヶ々〇";
+    QTest::newRow("number in a ring") << "神田③"
+                                      << "神田３";
+    QTest::newRow("Kanji of no standard") << "髙山"
+                                          << "髙山";
+}
+
+void ZipConversionTest::typedAddressBecomesFullWidth()
+{
+    QFETCH(QString, typed);
+    QTEST(FullWidthAdrStr(typed), "widened");
 }
 
 void ZipConversionTest::findsTheCode()
