@@ -379,7 +379,7 @@ void SettingsPageTest::keyReachesThePage()
 {
     MainWindow window;
     QVERIFY(showActive(window));
-    QTest::keyClick(&window, Qt::Key_4, Qt::ControlModifier);
+    QTest::keyClick(&window, Qt::Key_5, Qt::ControlModifier);
     QVERIFY(window.settings()->isVisible());
     QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
     QVERIFY(!window.settings()->isVisible());
