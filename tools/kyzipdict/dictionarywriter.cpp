@@ -1,6 +1,7 @@
 #include "dictionarywriter.h"
 
 #include "addressindex.h"
+#include "dictionaryfile.h"
 #include "jistext.h"
 #include "numberruns.h"
 #include "ydicbytes_p.h"
@@ -11,9 +12,6 @@
 namespace ZipDict {
 
 namespace {
-
-constexpr uint32_t LastCode = 9999999;
-constexpr size_t LongestFile = 1 << 24; ///< the search by address reads offsets of three bytes
 
 bool isText(const std::u16string &text)
 {
@@ -26,7 +24,7 @@ std::string entryError(const Entry &entry)
     const Place &place = entry.place;
     const std::string name =
         std::to_string(place.code) + " " + toUtf8(place.municipality + place.town) + ": ";
-    if (place.code > LastCode)
+    if (place.code > LargestCode)
         return name + "a code has seven digits";
     if (place.prefecture == 0 || place.prefecture > YDIC_PREFECTURES)
         return name + "a prefecture has a number from 1 to 47";
@@ -185,7 +183,7 @@ WrittenFile writeDictionary(const FileIdentity &identity, const std::vector<Entr
     append(file.errors, sections.numbers.errors);
     append(file.errors, sections.addresses.errors);
     Bytes bytes = layOut(identity, sections);
-    if (bytes.size() >= LongestFile)
+    if (bytes.size() >= LargestFile)
         file.errors.emplace_back("the file is too large: " + std::to_string(bytes.size()) + " bytes");
     if (file.errors.empty())
         file.bytes = std::move(bytes);

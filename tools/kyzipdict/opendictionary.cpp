@@ -1,5 +1,6 @@
 #include "opendictionary.h"
 
+#include "wholefile.h"
 #include "ydicbytes_p.h"
 #include <cerrno>
 #include <climits>
@@ -15,12 +16,6 @@ namespace {
 constexpr const char *OwnDictionary = "../share/libky/yubin02.dat"; // from the program's folder
 constexpr int OwnSlot = 4;
 constexpr size_t HeadLength = 100;
-
-struct FileCloser
-{
-    void operator()(FILE *file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<FILE, FileCloser>;
 
 /** A file with the part of its header that tells what it is. */
 struct HeadedFile

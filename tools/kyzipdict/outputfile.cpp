@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace ZipDict {
 
@@ -14,7 +15,8 @@ bool writeBytes(const std::string &path, const std::vector<uint8_t> &bytes)
     FILE *file = std::fopen(path.c_str(), "wb");
     if (!file)
         return false;
-    const bool isWritten = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    const bool isWritten = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size() &&
+                           std::fflush(file) == 0 && fsync(fileno(file)) == 0;
     const int reason = errno;
     const bool isClosed = std::fclose(file) == 0;
     if (!isWritten)

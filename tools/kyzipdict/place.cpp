@@ -1,16 +1,9 @@
 #include "place.h"
 
 #include "jistext.h"
-#include "ydic.h"
 #include "ydictables_p.h"
 
 namespace ZipDict {
-
-namespace {
-
-constexpr size_t ShownCharacters = YDIC_ADDRESS_LENGTH / 2;
-
-} // namespace
 
 std::u16string prefectureName(uint8_t number)
 {

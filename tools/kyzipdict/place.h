@@ -1,11 +1,15 @@
 #ifndef PLACE_H
 #define PLACE_H
 
+#include "ydic.h"
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace ZipDict {
+
+/** Of an address: what a search has room for. */
+constexpr size_t ShownCharacters = YDIC_ADDRESS_LENGTH / 2;
 
 /** One place with its postal code, as it goes into a dictionary. Text is UTF-16. */
 struct Place

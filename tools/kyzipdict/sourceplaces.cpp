@@ -10,9 +10,6 @@ namespace ZipDict {
 
 namespace {
 
-/* Prefecture, solidus, municipality and town. */
-constexpr size_t ShownCharacters = 40;
-
 /* A town with its prefecture and municipality. */
 using TownKey = std::tuple<uint8_t, std::u16string, std::u16string>;
 using CodesOfTowns = std::map<TownKey, std::set<uint32_t>>;

@@ -2,24 +2,13 @@
 
 #include "dictionaryfile.h"
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
 
 namespace ZipDict {
 
-namespace {
-
-struct Closer
-{
-    void operator()(FILE *file) const { std::fclose(file); }
-};
-
-} // namespace
-
 std::optional<std::vector<uint8_t>> readWholeFile(const std::string &path)
 {
-    const std::unique_ptr<FILE, Closer> file(std::fopen(path.c_str(), "rb"));
+    const File file(std::fopen(path.c_str(), "rb"));
     std::vector<uint8_t> bytes;
     uint8_t part[65536];
     while (file && bytes.size() <= LargestFile) {
