@@ -115,8 +115,10 @@ private:
         convertor.setSearchMode(KyZIPConvertor::AddressSearch);
         convertor.setAddress(address);
         QTimer::singleShot(0, &convertor, [&] {
-            picture(convertor, QStringLiteral("postal-dialog"), QStringLiteral("the codes of ") + address);
-            convertor.reject();
+            // Its warning, where the dictionary hasn't the address.
+            auto *shown = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            picture(*shown, QStringLiteral("postal-dialog"), QStringLiteral("the codes of ") + address);
+            shown->reject();
         });
         convertor.convertor();
     }
