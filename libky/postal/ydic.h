@@ -70,7 +70,7 @@ enum { YDIC_NEXT = 0, YDIC_PREVIOUS = 1 };
 KY_EXPORT int ZipInit(ydic_info **info);
 
 /**
- * Closes what is open and frees the handle.
+ * Closes what is open and frees the handle, which may be null.
  * @return 1; -1 when closing the dictionary failed, else -2 when closing the patch failed
  */
 KY_EXPORT int ZipFin(ydic_info *info);

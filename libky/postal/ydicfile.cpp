@@ -230,6 +230,8 @@ int ZipInit(ydic_info **info)
 
 int ZipFin(ydic_info *info)
 {
+    if (!info)
+        return 1;
     int result = 1;
     if (isDictionaryOpen(info) && fclose(info->dictFile) != 0)
         result = -1;

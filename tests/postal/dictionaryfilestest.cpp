@@ -478,6 +478,7 @@ void DictionaryFilesTest::noMemory()
     s_memoryFails = false;
     QCOMPARE(result, int{ZIP_INIT_NO_MEMORY});
     QVERIFY(!info);
+    QCOMPARE(ZipFin(info), 1);
 }
 
 void DictionaryFilesTest::dictionaryThatGoesBetweenTestAndOpening()
