@@ -1,5 +1,6 @@
 #include "japan.h"
 
+#include "dictionarycheck.h"
 #include "dictionarywriter.h"
 #include "place.h"
 #include "source.h"
@@ -57,6 +58,7 @@ class JapanTest : public QObject
 private slots:
     void initTestCase();
     void municipalitiesWithoutRoomAreDocumented();
+    void dictionaryIsGood();
     void everyCodeGivesExactlyItsPlaces();
     void nextVisitsEveryCodeOnce();
     void previousVisitsEveryCodeOnce();
@@ -104,6 +106,15 @@ void JapanTest::municipalitiesWithoutRoomAreDocumented()
     QVERIFY(text.contains(QStringLiteral(" %1 find no room").arg(leftOut.size())));
     for (const std::u16string &name : leftOut)
         QVERIFY2(text.contains(QString::fromStdU16String(name)), qPrintable(QString::fromStdU16String(name)));
+}
+
+void JapanTest::dictionaryIsGood()
+{
+    QFile file(QStringLiteral(KY_POSTAL_DICTIONARY));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    const auto *first = reinterpret_cast<const uint8_t *>(bytes.constData());
+    QVERIFY(checkDictionary({first, static_cast<size_t>(bytes.size())}).empty());
 }
 
 void JapanTest::everyCodeGivesExactlyItsPlaces()
