@@ -6,6 +6,7 @@
  * The numbers of a dictionary file, which are big-endian, and its layout.
  */
 
+#include <stddef.h>
 #include <stdint.h>
 
 static inline uint16_t ydic_u16(const uint8_t *at)

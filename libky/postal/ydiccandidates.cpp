@@ -124,7 +124,7 @@ int set_kouho(uint32_t max, char *result, ydic_search *search)
     uint32_t count = 0;
     for (int i = 0; i < search->candCount && count < max; ++i) {
         if (search->candMatch[i] == greatest)
-            writeCode(result + CodeRoom * count++, search->candCode[i]);
+            writeCode(result + size_t{CodeRoom} * count++, search->candCode[i]);
     }
     return static_cast<int>(count);
 }

@@ -29,7 +29,7 @@ bool allocateBuffers(Buffers &buffers, const ydic_fields &fields)
 
 ydic_range sliceOf(uint8_t first2, const uint8_t *level1)
 {
-    const uint8_t *entry = level1 + first2 * YDIC_LEVEL1_ENTRY;
+    const uint8_t *entry = level1 + size_t{YDIC_LEVEL1_ENTRY} * first2;
     return {ydic_u16(entry + 1), ydic_u16(entry + YDIC_LEVEL1_ENTRY + 1)};
 }
 

@@ -242,7 +242,7 @@ int yuragi_conv(char *text, int16_t *length, uint8_t mode, ydic_search *search)
     }
     if (walk.missingRi != 0)
         insertRi(&walk);
-    text[2 * walk.written] = '\0';
+    text[ydic_bytes(walk.written)] = '\0';
     *length = static_cast<int16_t>(walk.written);
     return 0;
 }

@@ -61,7 +61,7 @@ bool matchesKey(const Group &group, ydic_search *search)
     const int length = group.keyLength;
     const char *query = search->query + KeyLength;
     char key[YDIC_WORK_LENGTH + 3] = {};
-    memcpy(key, group.at + GroupHead, static_cast<size_t>(2 * length));
+    memcpy(key, group.at + GroupHead, ydic_bytes(length));
     const int matched = stncmp2(query, key, 2 * length);
     if (matched == length)
         return true;
@@ -162,7 +162,7 @@ int matchGroup(const ydic_group &group, const uint8_t *slice, ydic_search *searc
         if (result < 0)
             return result;
         matchBatch(references, batch, group, search);
-        references += YDIC_REFERENCE * batch;
+        references += ptrdiff_t{YDIC_REFERENCE} * batch;
         left -= batch;
     }
     return 1;
@@ -194,7 +194,7 @@ int idx1_knsk(uint16_t *start, uint16_t *end, uint8_t read, ydic_search *search,
     uint32_t low = 0;
     for (uint32_t high = count; low < high;) {
         const uint32_t middle = (low + high) / 2;
-        const uint8_t *entry = readBuffer(search) + YDIC_ADDRESS1_ENTRY * middle;
+        const uint8_t *entry = readBuffer(search) + size_t{YDIC_ADDRESS1_ENTRY} * middle;
         const int difference = stncmp(search->query, reinterpret_cast<const char *>(entry), KeyLength);
         if (difference == 0) {
             *start = ydic_u16(entry + KeyLength);

@@ -88,7 +88,7 @@ void appendText(ydic_search *search, int *length, uint8_t byte)
         append(search, length, byte & 0x7F);
         return;
     }
-    const char *character = search->ask1ji + 2 * (byte - YDIC_ASK1JI_FIRST);
+    const char *character = search->ask1ji + ydic_bytes(byte - YDIC_ASK1JI_FIRST);
     append(search, length, static_cast<uint8_t>(character[0]));
     append(search, length, static_cast<uint8_t>(character[1]));
 }
@@ -132,7 +132,8 @@ int allowance(const ydic_search *search)
 int matching(int length, const ydic_search *search)
 {
     const int left = search->queryLen - search->consumed;
-    return stncmp2(search->query + 2 * search->consumed, search->work, 2 * (length < left ? length : left));
+    return stncmp2(search->query + ydic_bytes(search->consumed), search->work,
+                   2 * (length < left ? length : left));
 }
 
 bool queryEndsAt(int position, const ydic_search *search)

@@ -31,7 +31,7 @@ struct Walk
 
 int32_t firstRunOf(int prefix, const uint8_t *index)
 {
-    return ydic_u16(index + 2 * prefix);
+    return ydic_u16(index + 2 * static_cast<size_t>(prefix));
 }
 
 int32_t runCount(const uint8_t *index)

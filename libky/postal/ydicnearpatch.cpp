@@ -85,7 +85,7 @@ bool readWindow(const Walk &walk, int32_t at, Window &window)
     const int32_t to = at < walk.last ? at + 1 : at;
     if (!readChanges(walk, from, to - from + 1, bytes))
         return false;
-    const uint8_t *current = bytes + (at - from) * YDIC_CHANGE;
+    const uint8_t *current = bytes + ptrdiff_t{YDIC_CHANGE} * (at - from);
     window.current = changeAt(current);
     window.previous = from < at ? changeAt(current - YDIC_CHANGE) : NothingBefore;
     window.next = to > at ? changeAt(current + YDIC_CHANGE) : NothingBehind;

@@ -17,7 +17,7 @@ ydic_text textOf(const char *query)
 {
     ydic_text text = {};
     while (2 * text.length < YDIC_QUERY_LENGTH) {
-        const char *at = query + 2 * text.length;
+        const char *at = query + ydic_bytes(text.length);
         if (at[0] == 0 || at[1] == 0)
             break;
         text.at[text.length++] = ydic_character(at, 0);

@@ -200,7 +200,7 @@ uint32_t ydic_output(char *result, uint32_t position, const ydic_range *common, 
     if (mark == YDIC_MARK_COMPLETE)
         text = std::min(text + MarkAndNumber, end);
     else
-        putArea(address, level1[key->first2 * YDIC_LEVEL1_ENTRY], *common, ask1ji, buffer);
+        putArea(address, level1[size_t{YDIC_LEVEL1_ENTRY} * key->first2], *common, ask1ji, buffer);
     const uint32_t next = mark == YDIC_MARK_WHOLE
                               ? ydic_dictSkip(position, end, buffer)
                               : putText(address, {text, end}, TextKind::Record, ask1ji, buffer);

@@ -98,16 +98,23 @@ struct ydic_ten
 /** Rewrites numbers of two digits with 十. @return the last place */
 ydic_ten ydic_writeTens(ydic_text *text, uint8_t *flags);
 
+/** The bytes of as many characters. */
+static inline size_t ydic_bytes(int characters)
+{
+    return 2 * static_cast<size_t>(characters);
+}
+
 /** A character of a text of bytes. */
 static inline uint16_t ydic_character(const char *text, int position)
 {
-    return ydic_u16(reinterpret_cast<const uint8_t *>(text) + 2 * position);
+    return ydic_u16(reinterpret_cast<const uint8_t *>(text) + ydic_bytes(position));
 }
 
 static inline void ydic_setCharacter(char *text, int position, uint16_t character)
 {
-    text[2 * position] = static_cast<char>(character >> 8);
-    text[2 * position + 1] = static_cast<char>(character & 0xFF);
+    char *at = text + ydic_bytes(position);
+    at[0] = static_cast<char>(character >> 8);
+    at[1] = static_cast<char>(character & 0xFF);
 }
 
 /** What a charInfo says of a number. */
