@@ -59,7 +59,7 @@ uint32_t putText(Address &address, const ydic_range &text, TextKind kind, const 
         else if (isHidden || byte < YDIC_ASK1JI_FIRST)
             continue;
         else if (byte <= LastOneByteCode)
-            putCharacter(address, ask1ji + (byte - YDIC_ASK1JI_FIRST) * 2);
+            putCharacter(address, ask1ji + ptrdiff_t{2} * (byte - YDIC_ASK1JI_FIRST));
         else
             put(address, byte & 0x7F);
     }

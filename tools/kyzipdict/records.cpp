@@ -41,6 +41,7 @@ std::vector<uint8_t> prefecturesOfPrefixes(const std::vector<Entry> &entries)
             ++counts[twoDigits(entry.place.code)][entry.place.prefecture];
     }
     std::vector<uint8_t> prefectures;
+    prefectures.reserve(counts.size());
     for (const auto &count : counts)
         prefectures.push_back(
             static_cast<uint8_t>(std::max_element(count.begin(), count.end()) - count.begin()));
