@@ -11,7 +11,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr uint16_t Hokkaido = 1;
 constexpr uint16_t Tokyo = 13;
 const Bytes Silent = u8(YDIC_MARK_SILENT);
 const Bytes Shown = u8(YDIC_MARK_SHOWN);

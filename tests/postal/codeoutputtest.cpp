@@ -119,7 +119,7 @@ void CodeOutputTest::record_data()
     QTest::newRow("lowest half of a character") << body("\xA1\xA1") << QStringList{area + QChar(0x3000)};
     for (const char *mark : {"d", "h", "j", "k", "l"})
         QTest::addRow("%s in text writes nothing", mark)
-            << body(east + mark + west) << QStringList{area + "東西"};
+            << body(std::string(east).append(mark).append(west)) << QStringList{area + "東西"};
 }
 
 void CodeOutputTest::record()

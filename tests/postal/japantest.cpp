@@ -220,7 +220,7 @@ void JapanTest::listMiss(QFile &list, const SourceRow &row, std::u16string_view 
     else if (m_municipalities[row.municipality] > 1)
         cause = QStringLiteral("municipality of the same name in another prefecture");
     ++causes[cause];
-    const QString line = QStringList({codeText(row.code), QString::fromUtf16(address.data(), address.size()),
+    const QString line = QStringList({codeText(row.code), QString::fromStdU16String(std::u16string(address)),
                                       found.join(QLatin1Char(' ')), cause})
                              .join(QLatin1Char('\t'));
     list.write(line.toUtf8() + '\n');

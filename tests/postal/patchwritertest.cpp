@@ -29,7 +29,7 @@ imagebuilder::Bytes bytesOf(const WrittenFile &file)
     return {file.bytes.begin(), file.bytes.end()};
 }
 
-Place townOf(uint32_t code, std::u16string town)
+Place townOf(uint32_t code, const std::u16string &town)
 {
     return {code, 13, u"千代田区", town, town, {}, false};
 }
@@ -99,7 +99,7 @@ std::vector<std::u16string> textsOf(const Place &place)
     std::vector<std::u16string> texts = place.aliases;
     texts.push_back(place.matched);
     for (std::u16string &text : texts)
-        text = prefectureName(place.prefecture) + place.municipality + text;
+        text.insert(0, prefectureName(place.prefecture) + place.municipality);
     return texts;
 }
 

@@ -4,6 +4,10 @@
 #include "kyzipconvertor.h"
 #include "messagerobot.h"
 #include <functional>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLayout>
+#include <QPushButton>
 #include <QtTest>
 
 namespace {
