@@ -55,12 +55,6 @@ size_t keyField(const Name &name)
     return name.characters.size() - KeyCharacters;
 }
 
-void append(Bytes &bytes, const Text &text)
-{
-    for (const char16_t byte : text)
-        bytes.push_back(static_cast<uint8_t>(byte));
-}
-
 Text keyBytes(const Name &name)
 {
     const Text &characters = name.characters;
@@ -78,10 +72,10 @@ void appendGroups(Bytes &bytes, const Name &name)
     do {
         const size_t count = std::min(name.references.size() - next, MostReferences);
         const size_t head = size_t{name.prefecture} << 10 | keyField(name) << 6 | count;
-        append(bytes, numberText(static_cast<uint32_t>(head), 2) + keyBytes(name));
+        appendBytes(bytes, numberText(static_cast<uint32_t>(head), 2) + keyBytes(name));
         for (const size_t end = next + count; next < end; ++next) {
-            append(bytes,
-                   numberText(name.references[next].offset, 3) + numberText(name.references[next].length, 2));
+            appendBytes(bytes, numberText(name.references[next].offset, 3) +
+                                   numberText(name.references[next].length, 2));
         }
     } while (next < name.references.size());
 }
@@ -157,13 +151,13 @@ AddressIndex IndexWriter::write()
     if (m_level2Length > LongestLevel2)
         m_index.errors.emplace_back("the address index is full: too many municipalities, or areas of them");
     for (const auto &[key, names] : m_keys) {
-        append(m_index.level1, numberText(key[0], 2) + numberText(key[1], 2) +
-                                   numberText(static_cast<uint32_t>(m_index.level2.size()), 2));
+        appendBytes(m_index.level1, numberText(key[0], 2) + numberText(key[1], 2) +
+                                        numberText(static_cast<uint32_t>(m_index.level2.size()), 2));
         for (const Name &name : names)
             appendGroups(m_index.level2, name);
     }
     const auto end = static_cast<uint32_t>(m_index.level2.size());
-    append(m_index.level1, numberText(UINT32_MAX, 4) + numberText(end, 2));
+    appendBytes(m_index.level1, numberText(UINT32_MAX, 4) + numberText(end, 2));
     for (const Name &name : m_second)
         appendGroups(m_index.level2, name);
     m_index.secondStart = m_second.empty() ? uint16_t{0} : static_cast<uint16_t>(end);

@@ -31,12 +31,6 @@ std::vector<Run> runsOf(const std::vector<uint32_t> &codes)
     return runs;
 }
 
-void append(Bytes &bytes, uint32_t number, unsigned count)
-{
-    for (const char16_t byte : numberText(number, count))
-        bytes.push_back(static_cast<uint8_t>(byte));
-}
-
 } // namespace
 
 NumberRuns writeNumberRuns(const std::vector<uint32_t> &codes)
@@ -49,11 +43,10 @@ NumberRuns writeNumberRuns(const std::vector<uint32_t> &codes)
     for (uint32_t prefix = 0; prefix <= YDIC_PREFIXES; ++prefix) {
         while (next < runs.size() && twoDigits(runs[next].first) < prefix)
             ++next;
-        append(written.index, static_cast<uint32_t>(next), 2);
+        appendBytes(written.index, numberText(static_cast<uint32_t>(next), 2));
     }
     for (const Run &run : runs) {
-        append(written.runs, run.first, 3);
-        append(written.runs, run.length, 1);
+        appendBytes(written.runs, numberText(run.first, 3) + numberText(run.length, 1));
     }
     return written;
 }

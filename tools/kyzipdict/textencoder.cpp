@@ -94,6 +94,12 @@ Text numberText(uint32_t number, unsigned count)
     return text;
 }
 
+void appendBytes(Bytes &bytes, const Text &text)
+{
+    for (const char16_t byte : text)
+        bytes.push_back(static_cast<uint8_t>(byte));
+}
+
 Text mergedText(const Text &shown, const Text &matched)
 {
     Text text;

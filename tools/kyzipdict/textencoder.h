@@ -27,6 +27,9 @@ using Text = std::u16string;
 /** The low @p count bytes of a number, the highest first. */
 [[nodiscard]] Text numberText(uint32_t number, unsigned count);
 
+/** Appends a text of bytes alone, such as numberText(). */
+void appendBytes(Bytes &bytes, const Text &text);
+
 /** A text of which the search by code shows @p shown, and to which the search by address compares @p matched:
  * their equal parts once, the others marked. */
 [[nodiscard]] Text mergedText(const Text &shown, const Text &matched);
