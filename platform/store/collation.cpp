@@ -103,7 +103,7 @@ private:
     }
 
     const Icu &m_icu;
-    UCollator *m_collator; ///< lives as long as the process
+    UCollator *m_collator;
 };
 
 std::unique_ptr<const Collation> makeCollation(const std::string &language)
@@ -123,7 +123,8 @@ std::unique_ptr<const Collation> makeCollation(const std::string &language)
 
 const Collation &Collation::forLanguage(const std::string &language)
 {
-    static std::map<std::string, std::unique_ptr<const Collation>> collations;
+    // They live as long as the process: boxes are closed by what runs at its end, too.
+    static auto &collations = *new std::map<std::string, std::unique_ptr<const Collation>>;
     std::unique_ptr<const Collation> &collation = collations[language];
     if (!collation)
         collation = makeCollation(language);
