@@ -1,0 +1,20 @@
+#ifndef KYCATEGORYEDIT_P_H
+#define KYCATEGORYEDIT_P_H
+
+#include "kycategories.h"
+#include <memory>
+#include <QString>
+
+class QTreeWidgetItem;
+
+/** What a KyCategoryEdit knows once it has categories; its dialog for a name looks there for names that are
+ * taken. */
+class KyCategoryEditPrivate
+{
+public:
+    std::unique_ptr<KyCategories> categories = std::make_unique<KyCategories>();
+    QTreeWidgetItem *selected = nullptr;
+    QString appName;
+};
+
+#endif
