@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
 Report::Report()
 {
@@ -53,4 +54,23 @@ double median(std::vector<double> values)
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
+}
+
+void require(bool isDone, const char *what)
+{
+    if (isDone)
+        return;
+    std::fprintf(stderr, "%s failed\n", what);
+    std::exit(2);
+}
+
+void Pair::compare(Report &report, const std::string &measure, const char *peer, double bar) const
+{
+    report.compare(measure, median(ours), peer, median(theirs), "ms", bar);
+}
+
+void Pair::note(Report &report, const std::string &measure, const std::string &peer) const
+{
+    report.note(measure, median(ours), "ms");
+    report.note("  " + peer, median(theirs), "ms");
 }

@@ -29,6 +29,9 @@ private:
 
 [[nodiscard]] double median(std::vector<double> values);
 
+/** Ends the process with status 2, and says what failed, when something isn't done. */
+void require(bool isDone, const char *what);
+
 /** Microseconds since its making. */
 class Stopwatch
 {
@@ -40,6 +43,24 @@ public:
 
 private:
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
+/** Milliseconds of a piece of work. */
+template <typename Work> double timeOf(Work work)
+{
+    const Stopwatch watch;
+    work();
+    return watch.microseconds() / 1000;
+}
+
+/** One measure on both sides: the milliseconds of all rounds. */
+struct Pair
+{
+    std::vector<double> ours;
+    std::vector<double> theirs;
+
+    void compare(Report &report, const std::string &measure, const char *peer, double bar) const;
+    void note(Report &report, const std::string &measure, const std::string &peer) const;
 };
 
 #endif

@@ -85,6 +85,13 @@ void SqliteSide::createIndexes()
             "CREATE INDEX byMDTM ON contacts(MDTM); CREATE INDEX byCTGR ON contacts(CTGR, NAPR)");
 }
 
+void SqliteSide::createList()
+{
+    execute("CREATE VIEW list AS SELECT FULL, CMPN, TEL1, NAPR, id FROM contacts;"
+            "CREATE INDEX listByReading ON contacts(NAPR, FULL, CMPN, TEL1);"
+            "CREATE INDEX listByCompany ON contacts(CMPN, FULL, TEL1, NAPR)");
+}
+
 void SqliteSide::bindContact(sqlite3_stmt *statement, const Contact &contact)
 {
     int place = 0;

@@ -14,7 +14,7 @@ using namespace std::string_literals;
 constexpr uint32_t Application = 0x42454E43; // BENC
 constexpr uint8_t HiddenMask = 0x40;
 
-void require(PdtmStatus status, const char *what)
+void requireOk(PdtmStatus status, const char *what)
 {
     if (status == PdtmOk)
         return;
@@ -43,7 +43,7 @@ uint16_t countOf(const std::string &path)
 {
     uint16_t place = 0xFFFF, number = 0;
     if (_PrevIndexNo(path.c_str(), HiddenMask, 0, 0, &place) == PdtmOk)
-        require(_IndexNoToNumber(path.c_str(), HiddenMask, 0, 0, 0, place, &number), "_IndexNoToNumber");
+        requireOk(_IndexNoToNumber(path.c_str(), HiddenMask, 0, 0, 0, place, &number), "_IndexNoToNumber");
     return number;
 }
 
@@ -55,7 +55,7 @@ template <typename Operation> double timeEach(uint16_t count, Operation operatio
     const Stopwatch watch;
     for (uint32_t i = 0; i < Calls; ++i) {
         number = (number + 12347) % count;
-        require(operation(static_cast<uint16_t>(number + 1)), "navigation");
+        requireOk(operation(static_cast<uint16_t>(number + 1)), "navigation");
     }
     return watch.microseconds() * 1000 / Calls;
 }
@@ -70,41 +70,41 @@ std::string StoreSide::indexPath(int number) const
 int64_t StoreSide::fileSize() const
 {
     char path[4096];
-    require(FileGetRealPath(path, boxPath().c_str()), "FileGetRealPath");
+    requireOk(FileGetRealPath(path, boxPath().c_str()), "FileGetRealPath");
     struct stat status;
     return stat(path, &status) == 0 ? static_cast<int64_t>(status.st_size) : -1;
 }
 
 void StoreSide::create()
 {
-    require(_BoxCreate(boxPath().c_str(), Application), "_BoxCreate");
+    requireOk(_BoxCreate(boxPath().c_str(), Application), "_BoxCreate");
     std::vector<ITEMDATA> items;
     items.reserve(std::size(TextItems) + 1);
     for (const char *code : TextItems)
         items.push_back(itemData(ItemTextUtf8, KindText, code));
     items.push_back(itemData(ItemCategory, KindCategory, "CTGR"));
     uint32_t added = 0;
-    require(_BoxItemAppend(boxPath().c_str(), items.data(), static_cast<int>(items.size()), &added),
-            "_BoxItemAppend");
+    requireOk(_BoxItemAppend(boxPath().c_str(), items.data(), static_cast<int>(items.size()), &added),
+              "_BoxItemAppend");
 }
 
 void StoreSide::open()
 {
     m_handle = _BoxOpenRwMode(boxPath().c_str(), 0);
-    require(m_handle ? PdtmOk : PdtmMissing, "_BoxOpenRwMode");
+    requireOk(m_handle ? PdtmOk : PdtmMissing, "_BoxOpenRwMode");
 }
 
 void StoreSide::close()
 {
     if (m_handle)
-        require(_BoxClose(m_handle), "_BoxClose");
+        requireOk(_BoxClose(m_handle), "_BoxClose");
     m_handle = 0;
 }
 
 void StoreSide::writeItem(uint16_t card, const char *code, const void *bytes, size_t size)
 {
     const CardItemKey key = keyOf(card, code);
-    require(_CardWrite(m_handle, &key, bytes, static_cast<uint32_t>(size)), "_CardWrite");
+    requireOk(_CardWrite(m_handle, &key, bytes, static_cast<uint32_t>(size)), "_CardWrite");
 }
 
 void StoreSide::writeContact(uint16_t card, const Contact &contact)
@@ -118,28 +118,28 @@ void StoreSide::writeContact(uint16_t card, const Contact &contact)
 void StoreSide::add(const Contact &contact)
 {
     uint16_t work = PdtmWorkCard, card = 0;
-    require(_CardDelete(m_handle, work), "_CardDelete");
-    require(_CardCreate(m_handle, &work), "_CardCreate");
+    requireOk(_CardDelete(m_handle, work), "_CardDelete");
+    requireOk(_CardCreate(m_handle, &work), "_CardCreate");
     writeContact(work, contact);
-    require(_CardCopy(m_handle, work, &card), "_CardCopy");
+    requireOk(_CardCopy(m_handle, work, &card), "_CardCopy");
 }
 
 void StoreSide::changePhone(uint16_t id, const std::string &phone, const Contact &modified)
 {
     uint16_t work = PdtmWorkCard;
-    require(_CardDelete(m_handle, work), "_CardDelete");
-    require(_CardCopy(m_handle, id, &work), "_CardCopy");
+    requireOk(_CardDelete(m_handle, work), "_CardDelete");
+    requireOk(_CardCopy(m_handle, id, &work), "_CardCopy");
     writeItem(work, "TEL1", phone.data(), phone.size());
     writeItem(work, "MDTM", modified.modified.data(), modified.modified.size());
-    require(_CardCopy(m_handle, work, &id), "_CardCopy");
+    requireOk(_CardCopy(m_handle, work, &id), "_CardCopy");
 }
 
 void StoreSide::load(const std::vector<Contact> &contacts)
 {
-    require(DtmBeginAction(m_handle), "DtmBeginAction");
+    requireOk(DtmBeginAction(m_handle), "DtmBeginAction");
     for (const Contact &contact : contacts)
         add(contact);
-    require(DtmEndAction(m_handle), "DtmEndAction");
+    requireOk(DtmEndAction(m_handle), "DtmEndAction");
 }
 
 void StoreSide::makeIndex(int number, int kind, const std::string &sortExpression,
@@ -147,19 +147,20 @@ void StoreSide::makeIndex(int number, int kind, const std::string &sortExpressio
 {
     const std::string path = indexPath(number);
     const auto write = [&](int id, const std::string &bytes) {
-        require(_IndexInfoWriteWithCheck(path.c_str(), id, bytes.data(), static_cast<uint16_t>(bytes.size())),
-                "_IndexInfoWriteWithCheck");
+        requireOk(
+            _IndexInfoWriteWithCheck(path.c_str(), id, bytes.data(), static_cast<uint16_t>(bytes.size())),
+            "_IndexInfoWriteWithCheck");
     };
-    require(_IndexCreate(path.c_str(), kind), "_IndexCreate");
+    requireOk(_IndexCreate(path.c_str(), kind), "_IndexCreate");
     write(InfoBoxName, m_name + ".BOX" + '\0');
     write(InfoSortExpression, sortExpression);
     if (searchExpression.empty()) {
-        require(_IndexUnGroup(path.c_str(), m_handle), "_IndexUnGroup");
+        requireOk(_IndexUnGroup(path.c_str(), m_handle), "_IndexUnGroup");
         return;
     }
     write(InfoSearchExpression, searchExpression);
     write(InfoSubset, "\1");
-    require(_IndexGroup(indexPath(1).c_str(), path.c_str(), m_handle), "_IndexGroup");
+    requireOk(_IndexGroup(indexPath(1).c_str(), path.c_str(), m_handle), "_IndexGroup");
 }
 
 void StoreSide::createIndexes()
@@ -175,12 +176,20 @@ void StoreSide::indexByReading(int number)
     makeIndex(number, 17, "NAPR\xFE\x80\0"s, {});
 }
 
+void StoreSide::deleteTemporaryIndexes()
+{
+    char path[256];
+    uint32_t permanent = 0;
+    while (_GetIndexName(boxPath().c_str(), 2, path, sizeof path, &permanent) == PdtmOk)
+        requireOk(_IndexDelete(path), "_IndexDelete");
+}
+
 size_t StoreSide::readItem(uint16_t id, int item)
 {
     char buffer[256];
     uint32_t size = sizeof buffer;
     const CardItemKey key = keyOf(id, TextItems[static_cast<size_t>(item)]);
-    require(_CardRead(m_handle, &key, buffer, &size), "_CardRead");
+    requireOk(_CardRead(m_handle, &key, buffer, &size), "_CardRead");
     return size;
 }
 
@@ -190,7 +199,7 @@ size_t StoreSide::walk(int number)
     size_t bytes = 0;
     uint16_t place = 0, card = 0;
     while (_NextIndexNo(path.c_str(), HiddenMask, 0, 0, &place) == PdtmOk) {
-        require(_IndexNoToCardID(path.c_str(), place, &card), "_IndexNoToCardID");
+        requireOk(_IndexNoToCardID(path.c_str(), place, &card), "_IndexNoToCardID");
         for (const int item : {NameItem, PhoneItem, CompanyItem})
             bytes += readItem(card, item);
     }
@@ -203,7 +212,7 @@ std::vector<int> StoreSide::cardsOf(int number) const
     std::vector<int> cards;
     uint16_t place = 0, card = 0;
     while (_NextIndexNo(path.c_str(), HiddenMask, 0, 0, &place) == PdtmOk) {
-        require(_IndexNoToCardID(path.c_str(), place, &card), "_IndexNoToCardID");
+        requireOk(_IndexNoToCardID(path.c_str(), place, &card), "_IndexNoToCardID");
         cards.push_back(card);
     }
     return cards;

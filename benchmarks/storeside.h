@@ -26,6 +26,8 @@ public:
     void createIndexes();
     /** A new index in the order of the readings. */
     void indexByReading(int number);
+    /** All indexes but the permanent ones, of which there has to be one alone. */
+    void deleteTemporaryIndexes();
 
     void add(const Contact &contact);
     void changePhone(uint16_t id, const std::string &phone, const Contact &modified);

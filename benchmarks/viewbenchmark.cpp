@@ -7,8 +7,6 @@
 #include "sqliteside.h"
 #include "storeside.h"
 #include "synchronisations.h"
-#include <cstdio>
-#include <cstdlib>
 
 namespace {
 
@@ -20,14 +18,6 @@ constexpr int Other = 1;
 constexpr uint8_t Contains = 0x92;
 constexpr char Nowhere[] = "nothing like it";
 constexpr char Somewhere[] = "第7営業";
-
-void require(bool isDone, const char *what)
-{
-    if (isDone)
-        return;
-    std::fprintf(stderr, "%s failed\n", what);
-    std::exit(2);
-}
 
 /** Every tenth contact has the chosen category, or each of them has. */
 std::vector<Contact> contactsWith(int count, bool allChosen)
@@ -65,31 +55,6 @@ private:
     /** Its first three letters name the temporary indexes, of which there are ten at most. */
     static std::string nextName() { return std::to_string(100 + s_stages++) + "VIEW"; }
     static inline int s_stages = 0;
-};
-
-/** Milliseconds of a piece of work. */
-template <typename Work> double timeOf(Work work)
-{
-    const Stopwatch watch;
-    work();
-    return watch.microseconds() / 1000;
-}
-
-/** One measure on both sides: the figures of all rounds. */
-struct Pair
-{
-    std::vector<double> ours;
-    std::vector<double> theirs;
-
-    void compare(Report &report, const std::string &measure, const char *peer, double bar) const
-    {
-        report.compare(measure, median(ours), peer, median(theirs), "ms", bar);
-    }
-    void note(Report &report, const std::string &measure, const std::string &peer) const
-    {
-        report.note(measure, median(ours), "ms");
-        report.note("  " + peer, median(theirs), "ms");
-    }
 };
 
 size_t readNames(KyPDataManager &manager)
