@@ -84,6 +84,10 @@ public:
     /** The ids of all cards of the view. */
     [[nodiscard]] QList<unsigned long> shownCards() const;
     [[nodiscard]] const KyPDataBaseItemInfo &fields() const { return m_kind.fields; }
+    /** Code of a field's item, four characters. */
+    [[nodiscard]] QByteArray codeOf(int field) const;
+    /** The box itself, for a list of its view. It may be another one at each cardsChanged(). */
+    [[nodiscard]] KyPDataManager *box() const { return m_box.get(); }
 
     /** Writes the fields of @p changed to a card, 0 for a new one, and its categories when they are given; an
      * empty value clears a field. All or nothing.
@@ -117,7 +121,6 @@ private:
     bool writeValue(int field, const QVariant &value);
     unsigned long writeCard(unsigned long card, const CardValues &changed,
                             const std::optional<QList<int>> &categories);
-    [[nodiscard]] QByteArray codeOf(int field) const;
 
     BoxKind m_kind;
     CardView m_view;

@@ -1,26 +1,24 @@
 #include "cardform.h"
 
-#include "categorychecklist.h"
 #include "categorytable.h"
+#include "kycategoryselect.h"
 #include "messages.h"
+#include "qpeapplication.h"
 
+#include <algorithm>
 #include <QDialogButtonBox>
+#include <QFormLayout>
 #include <QMessageBox>
 #include <QPlainTextEdit>
-#include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
 
 CardForm::CardForm(Book *book, CategoryTable *table, FormWords words, QWidget *parent)
     : QWidget(parent), m_book(book), m_table(table), m_words(std::move(words)), m_body(new QVBoxLayout),
-      m_categories(new CategoryChecklist(table, this)),
-      m_buttons(new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel))
+      m_categories(new KyCategorySelect)
 {
-    connect(m_buttons, &QDialogButtonBox::accepted, this, &CardForm::save);
-    connect(m_buttons, &QDialogButtonBox::rejected, this, &CardForm::cancel);
-    auto *layout = new QVBoxLayout(this);
-    layout->addLayout(m_body, 1);
-    layout->addWidget(m_buttons);
+    (new QVBoxLayout(this))->addLayout(m_body, 1);
+    connect(table, &CategoryTable::changed, this, [this] { showCategories(filed()); });
 
     auto addShortcut = [this](const QKeySequence &keys, void (CardForm::*slot)()) {
         auto *shortcut = new QShortcut(keys, this);
@@ -38,27 +36,48 @@ QPlainTextEdit *CardForm::makeTextEditor()
     return editor;
 }
 
-void CardForm::endWith(QWidget *lastEditor)
+void CardForm::addEnd()
 {
-    setTabOrder(lastEditor, m_categories);
-    setTabOrder(m_categories, m_buttons->button(QDialogButtonBox::Save));
-    setTabOrder(m_buttons->button(QDialogButtonBox::Save), m_buttons->button(QDialogButtonBox::Cancel));
+    auto *line = new QFormLayout;
+    line->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    line->addRow(tr("Categories"), m_categories);
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
+    connect(buttons, &QDialogButtonBox::accepted, this, &CardForm::save);
+    connect(buttons, &QDialogButtonBox::rejected, this, &CardForm::cancel);
+    auto *end = static_cast<QVBoxLayout *>(layout());
+    end->addLayout(line);
+    end->addWidget(buttons);
+}
+
+void CardForm::showCategories(const QList<int> &ids)
+{
+    m_categories->setCategories(ids, QPEApplication::applicationNameOf(qApp));
+}
+
+/* By rising id, and none for the unfiled. */
+QList<int> CardForm::filed() const
+{
+    QList<int> ids = m_categories->currentCategories();
+    ids.removeAll(UnfiledCategoryId);
+    std::sort(ids.begin(), ids.end());
+    return ids;
 }
 
 void CardForm::edit(unsigned long card, int category)
 {
     m_card = card;
     m_original = card == 0 ? CardValues() : m_book->values(card);
-    m_categories->setChecked(card == 0 ? QList<int>{category} : m_book->categories(card));
+    const QList<int> chosen = category == 0 ? QList<int>() : QList<int>{category};
+    showCategories(card == 0 ? chosen : m_book->categories(card));
     show(m_original);
     m_shownAtFirst = shown();
-    m_categoriesAtFirst = m_categories->checked();
+    m_categoriesAtFirst = filed();
 }
 
 /* A category that was removed meanwhile isn't a change of the user's. */
 bool CardForm::isFiledAnew() const
 {
-    return m_categories->checked() != m_table->known(m_categoriesAtFirst);
+    return filed() != m_table->known(m_categoriesAtFirst);
 }
 
 bool CardForm::isModified() const
@@ -88,7 +107,7 @@ bool CardForm::isGone() const
 
 unsigned long CardForm::write(CardValues changed)
 {
-    const QList<int> categories = m_categories->checked();
+    const QList<int> categories = filed();
     if (!isGone()) {
         const bool isFiling = m_card == 0 || isFiledAnew();
         return m_book->save(m_card, changed, isFiling ? std::optional(categories) : std::nullopt);

@@ -5,9 +5,8 @@
 
 #include <QWidget>
 
-class CategoryChecklist;
 class CategoryTable;
-class QDialogButtonBox;
+class KyCategorySelect;
 class QPlainTextEdit;
 class QVBoxLayout;
 
@@ -42,16 +41,13 @@ signals:
     void cancelled();
 
 protected:
-    /** Where a form puts its editors, above the buttons. */
+    /** Where a form puts its editors, above the categories and the buttons. */
     [[nodiscard]] QVBoxLayout *body() const { return m_body; }
-    /** The categories to tick, for the form to place. */
-    [[nodiscard]] CategoryChecklist *categories() const { return m_categories; }
+    /** Adds the categories and the buttons, once the editors are there: the tabulator goes in this order. */
+    void addEnd();
 
     /** An editor of many lines, which the tabulator leaves. */
     [[nodiscard]] static QPlainTextEdit *makeTextEditor();
-
-    /** Leads the tabulator on from the last editor to the categories and the buttons. */
-    void endWith(QWidget *lastEditor);
 
     /** Puts values into the editors, those of a new card for an empty map, and begins at the first one. */
     virtual void show(const CardValues &values) = 0;
@@ -65,15 +61,16 @@ protected:
 private:
     [[nodiscard]] CardValues changedValues() const;
     [[nodiscard]] bool isGone() const;
+    [[nodiscard]] QList<int> filed() const;
     [[nodiscard]] bool isFiledAnew() const;
+    void showCategories(const QList<int> &ids);
     unsigned long write(CardValues changed);
 
     Book *m_book;
     CategoryTable *m_table;
     FormWords m_words;
     QVBoxLayout *m_body;
-    CategoryChecklist *m_categories;
-    QDialogButtonBox *m_buttons;
+    KyCategorySelect *m_categories;
     unsigned long m_card = 0;
     CardValues m_original;
     CardValues m_shownAtFirst;

@@ -1,43 +1,40 @@
 #include "cardlist.h"
 
-#include "cardsmodel.h"
+#include "book.h"
 
+#include <algorithm>
 #include <QHeaderView>
 #include <QPainter>
-#include <QStyledItemDelegate>
 
 namespace {
 
-class RowDelegate : public QStyledItemDelegate
-{
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
-    {
-        return QStyledItemDelegate::sizeHint(option, index) + QSize(0, option.fontMetrics.height() / 2);
-    }
-};
+constexpr int MostShown = 2000; // cells, more than any screen has
 
 } // namespace
 
-CardList::CardList(CardsModel *model, QWidget *parent) : QTreeView(parent), m_model(model)
+CardList::CardList(Book *book, QList<CardColumn> columns, QWidget *parent)
+    : KyDbListView(parent), m_book(book), m_columns(std::move(columns)), m_shown(MostShown)
 {
-    setModel(model);
-    setItemDelegate(new RowDelegate(this));
-    setRootIsDecorated(false);
-    setUniformRowHeights(true);
+    QList<KyDbListViewColumn> items;
+    for (const CardColumn &column : m_columns) {
+        KyDbListViewColumn item;
+        std::copy_n(book->codeOf(column.field).constData(), sizeof item.code, item.code);
+        item.title = column.title;
+        items.append(item);
+    }
+    setColumns(items);
     setAlternatingRowColors(true);
     setAllColumnsShowFocus(true);
+    setItemMargin(fontMetrics().height() / 4);
     header()->setStretchLastSection(true);
     header()->setSectionsMovable(false);
-    header()->setSectionsClickable(true);
-    header()->setSortIndicatorShown(true);
-    for (int column = 0; column < model->columnCount(); ++column) {
-        if (model->columns()[column].orderField == 0)
-            header()->setSortIndicator(column, Qt::AscendingOrder);
-    }
-    connect(header(), &QHeaderView::sectionClicked, this, &CardList::orderBy);
+}
+
+void CardList::showView(unsigned long card)
+{
+    m_shown.clear();
+    setDb(m_book->box());
+    setCurrentCardId(card);
 }
 
 void CardList::setPlaceholder(const QString &text)
@@ -46,38 +43,49 @@ void CardList::setPlaceholder(const QString &text)
     viewport()->update();
 }
 
-void CardList::sortBy(int column)
+QString CardList::read(int line, int column) const
 {
-    const bool turns =
-        header()->sortIndicatorSection() == column && header()->sortIndicatorOrder() == Qt::AscendingOrder;
-    header()->setSortIndicator(column, turns ? Qt::DescendingOrder : Qt::AscendingOrder);
-    orderBy(column);
+    const CardColumn &wanted = m_columns[column];
+    if (!wanted.text)
+        return KyDbListView::itemText(line, column);
+    const unsigned long card = m_book->cardAt(line - 1);
+    return card == 0 ? QString() : wanted.text(card);
 }
 
-/* The header has marked the column and turned its direction. */
-void CardList::orderBy(int column)
+QString CardList::itemText(int line, int column) const
 {
-    emit orderWanted(m_model->columns()[column].orderField,
-                     header()->sortIndicatorOrder() == Qt::AscendingOrder);
+    const QPair<int, int> cell(line, column);
+    if (!m_book->isAvailable()) {
+        const QString *shown = m_shown.object(cell);
+        return shown ? *shown : QString();
+    }
+    const QString text = read(line, column);
+    m_shown.insert(cell, new QString(text));
+    return text;
+}
+
+/* The book tells of its new view, or keeps its order for later. */
+void CardList::sort(int column, bool ascending)
+{
+    m_book->setOrder(m_columns[column].field, ascending);
+    updateSortIndicator();
 }
 
 /* The columns share the room by their letters. */
 void CardList::resizeEvent(QResizeEvent *event)
 {
-    QTreeView::resizeEvent(event);
+    KyDbListView::resizeEvent(event);
     int letters = 0;
-    for (const CardColumn &column : m_model->columns())
+    for (const CardColumn &column : m_columns)
         letters += column.letters;
-    if (letters == 0)
-        return;
-    for (int column = 0; column < m_model->columnCount(); ++column)
-        header()->resizeSection(column, viewport()->width() * m_model->columns()[column].letters / letters);
+    for (int column = 0; column < m_columns.size(); ++column)
+        header()->resizeSection(column, viewport()->width() * m_columns[column].letters / letters);
 }
 
 void CardList::paintEvent(QPaintEvent *event)
 {
-    QTreeView::paintEvent(event);
-    if (m_model->rowCount() > 0 || m_placeholder.isEmpty())
+    KyDbListView::paintEvent(event);
+    if (topLevelItemCount() > 0 || m_placeholder.isEmpty())
         return;
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::PlaceholderText));

@@ -1,37 +1,55 @@
 #ifndef CARDLIST_H
 #define CARDLIST_H
 
-#include <QTreeView>
+#include "kydblistview.h"
 
-class CardsModel;
+#include <functional>
+#include <QCache>
 
-/** A list of cards with rows that a finger can hit, sorted by a click on a header; a second click turns it
- * round. */
-class CardList : public QTreeView
+class Book;
+
+/** A column of a list of cards. */
+struct CardColumn
+{
+    QString title;
+    int field = 0;    ///< what it shows and is sorted by
+    int letters = 10; ///< width
+    /** What it shows of a card in place of the field; none for the field itself. */
+    std::function<QString(unsigned long card)> text = {};
+};
+
+/** The cards of a book's view, in rows that a finger can hit. While the box is lent to another application
+ * the list keeps its rows, and the texts that it has shown. */
+class CardList : public KyDbListView
 {
     Q_OBJECT
 public:
-    /** @param model its columns give the widths, the one that has the box's own order is marked */
-    explicit CardList(CardsModel *model, QWidget *parent = nullptr);
+    /** @param columns of fields of the book */
+    CardList(Book *book, QList<CardColumn> columns, QWidget *parent = nullptr);
+
+    /** Makes the rows anew from the book's view. @param card to be selected, see setCurrentCardId() */
+    void showView(unsigned long card);
 
     /** What stands in the place of the rows when there is none. */
     void setPlaceholder(const QString &text);
     [[nodiscard]] QString placeholder() const { return m_placeholder; }
-    /** Does what a click on the header of a column does. */
-    void sortBy(int column);
 
-signals:
-    /** The user wants the order of a column. */
-    void orderWanted(int field, bool ascending);
+    [[nodiscard]] QString itemText(int line, int column) const override;
+    /** Sets the order of the book. */
+    void sort(int column, bool ascending) override;
 
 protected:
+    [[nodiscard]] Book *book() const { return m_book; }
+
     void resizeEvent(QResizeEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    void orderBy(int column);
+    [[nodiscard]] QString read(int line, int column) const;
 
-    CardsModel *m_model;
+    Book *m_book;
+    QList<CardColumn> m_columns;
+    mutable QCache<QPair<int, int>, QString> m_shown; ///< by line and column
     QString m_placeholder;
 };
 

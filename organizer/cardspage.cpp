@@ -2,15 +2,17 @@
 
 #include "cardform.h"
 #include "cardlist.h"
-#include "categoriesdialog.h"
 #include "categorytable.h"
+#include "kycategorycombo.h"
+#include "kycategoryselect.h"
 #include "messages.h"
+#include "qpeapplication.h"
 #include "resource.h"
 #include "searchline.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QComboBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
 #include <QScrollBar>
@@ -31,9 +33,9 @@ CardsPage::CardsPage(const BoxKind &kind, CategoryTable *table, PageWords words,
     layout->addWidget(m_stack);
 }
 
-void CardsPage::begin(const QList<CardColumn> &columns, int nameColumn, CardForm *form)
+void CardsPage::begin(CardList *list, int nameColumn, CardForm *form)
 {
-    m_model = new CardsModel(m_book, columns, this);
+    m_list = list;
     m_nameColumn = nameColumn;
     m_form = form;
     m_stack->addWidget(makeList());
@@ -41,7 +43,7 @@ void CardsPage::begin(const QList<CardColumn> &columns, int nameColumn, CardForm
     addOrders();
 
     connect(m_book, &Book::availableChanged, this, &CardsPage::updateState);
-    connect(m_model, &QAbstractItemModel::modelReset, this, &CardsPage::showAnew);
+    connect(m_book, &Book::cardsChanged, this, &CardsPage::showAnew);
     connect(m_table, &CategoryTable::changed, this, &CardsPage::categoriesChanged);
     connect(m_form, &CardForm::saved, this, [this](unsigned long card) {
         closeForm();
@@ -49,8 +51,7 @@ void CardsPage::begin(const QList<CardColumn> &columns, int nameColumn, CardForm
     });
     connect(m_form, &CardForm::cancelled, this, &CardsPage::closeForm);
     fillCategories();
-    updateState();
-    selectRow(0);
+    showAnew();
 }
 
 QWidget *CardsPage::makeList()
@@ -60,10 +61,8 @@ QWidget *CardsPage::makeList()
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     addActions(page, bar);
 
-    m_list = new CardList(m_model);
-    connect(m_list, &QTreeView::activated, this, &CardsPage::editCard);
-    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this, &CardsPage::showSelected);
-    connect(m_list, &CardList::orderWanted, m_book, &Book::setOrder);
+    connect(m_list, &QTreeWidget::itemActivated, this, &CardsPage::editCard);
+    connect(m_list, &QTreeWidget::currentItemChanged, this, &CardsPage::showSelected);
 
     m_details = new QTextBrowser;
     m_details->setOpenLinks(false);
@@ -88,12 +87,9 @@ QWidget *CardsPage::makeList()
 
 QWidget *CardsPage::makeChoosers()
 {
-    m_chooser = new QComboBox;
+    m_chooser = new KyCategorySelect;
     m_chooser->setObjectName(QStringLiteral("category"));
-    m_chooser->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    m_chooser->setMinimumContentsLength(12);
-    connect(m_chooser, &QComboBox::activated, this,
-            [this] { showCategory(m_chooser->currentData().toInt()); });
+    connect(m_chooser, &KyCategorySelect::signalSelected, this, &CardsPage::chooseCategory);
     m_search = new SearchLine;
     m_search->setObjectName(QStringLiteral("search"));
     connect(m_search, &SearchLine::searched, this, [this](const QString &text) {
@@ -116,9 +112,9 @@ QWidget *CardsPage::makeChoosers()
 void CardsPage::addOrders()
 {
     QMenu *orders = m_menu->addMenu(tr("Sort by"));
-    for (int column = 0; column < m_model->columnCount(); ++column) {
-        QAction *order = orders->addAction(m_model->columns()[column].title);
-        connect(order, &QAction::triggered, m_list, [this, column] { m_list->sortBy(column); });
+    for (int column = 0; column < m_list->columnCount(); ++column) {
+        QAction *order = orders->addAction(m_list->headerItem()->text(column));
+        connect(order, &QAction::triggered, m_list, [this, column] { m_list->headerClicked(column); });
     }
 }
 
@@ -151,12 +147,12 @@ void CardsPage::addActions(QWidget *page, QToolBar *bar)
 
 void CardsPage::fillCategories()
 {
-    m_chooser->clear();
-    m_chooser->addItem(tr("All"), 0);
-    for (const CategoryEntry &entry : m_table->entries())
-        m_chooser->addItem(entry.name, entry.id);
-    m_chooser->addItem(m_table->name(UnfiledCategoryId), UnfiledCategoryId);
-    m_chooser->setCurrentIndex(m_chooser->findData(m_book->view().category));
+    const int category = m_book->view().category;
+    m_chooser->setCategories(category == 0 ? QList<int>() : QList<int>{category},
+                             QPEApplication::applicationNameOf(qApp));
+    m_chooser->setAllCategories(true);
+    if (category != 0)
+        m_chooser->setCurrentCategory(category);
 }
 
 /* A category that was shown and is gone leaves all cards. */
@@ -170,11 +166,17 @@ void CardsPage::categoriesChanged()
     fillCategories();
 }
 
+void CardsPage::chooseCategory(int id)
+{
+    m_book->setCategory(id == KyCategoryCombo::AllCategories ? 0 : id);
+    m_book->ask();
+}
+
 void CardsPage::showCategory(int category)
 {
-    m_chooser->setCurrentIndex(m_chooser->findData(category));
     m_book->setCategory(category);
     m_book->ask();
+    fillCategories();
 }
 
 void CardsPage::search(const QString &text)
@@ -183,16 +185,10 @@ void CardsPage::search(const QString &text)
     m_search->flush();
 }
 
-unsigned long CardsPage::selectedCard() const
-{
-    const QModelIndex current = m_list->currentIndex();
-    return current.isValid() && m_book->isAvailable() ? m_book->cardAt(current.row()) : 0;
-}
-
 void CardsPage::selectRow(int row)
 {
-    m_list->setCurrentIndex(m_model->index(row, m_nameColumn));
-    m_list->scrollTo(m_list->currentIndex(), QAbstractItemView::PositionAtCenter);
+    m_list->setCurrentItem(m_list->topLevelItem(row));
+    m_list->scrollToItem(m_list->currentItem(), QAbstractItemView::PositionAtCenter);
 }
 
 void CardsPage::focusList()
@@ -200,27 +196,30 @@ void CardsPage::focusList()
     m_list->setFocus();
 }
 
-/* The list was made anew. It stays in its place, so that a second click hits the same row. */
+/* The list stays in its place, so that a second click hits the same row. */
 void CardsPage::showAnew()
 {
     const int place = m_list->verticalScrollBar()->value();
     showCard(m_card);
     m_list->verticalScrollBar()->setValue(place);
-    m_list->scrollTo(m_list->currentIndex());
+    m_list->scrollToItem(m_list->currentItem());
 }
 
-/* Shows the card where it stands now, else the first one. */
+/* Shows the card where it stands now, else the first one. Of the rows that come and go none is chosen by the
+ * user. */
 void CardsPage::showCard(unsigned long card)
 {
-    const int row = m_book->rowOf(card);
-    selectRow(row < 0 ? 0 : row);
+    {
+        const QSignalBlocker blocker(m_list);
+        m_list->showView(m_book->rowOf(card) < 0 ? 0 : card);
+    }
     showSelected();
 }
 
 void CardsPage::showSelected()
 {
     if (m_book->isAvailable())
-        m_card = selectedCard();
+        m_card = m_list->currentCardId();
     if (m_card == 0)
         m_details->clear();
     else if (m_book->isAvailable())
@@ -269,9 +268,9 @@ void CardsPage::updateState()
 QString CardsPage::summary() const
 {
     QStringList names;
-    for (QModelIndex row = m_list->indexAt({0, 0}); row.isValid() && names.size() < 5;
-         row = m_list->indexBelow(row))
-        names.append(m_model->index(row.row(), m_nameColumn).data().toString());
+    for (const QTreeWidgetItem *row = m_list->itemAt(0, 0); row && names.size() < 5;
+         row = m_list->itemBelow(row))
+        names.append(row->text(m_nameColumn));
     return names.isEmpty() ? m_state->text()
                            : QStringLiteral("%1, from %2").arg(m_state->text(), names.join(u", "));
 }
@@ -311,7 +310,7 @@ void CardsPage::showList()
 
 void CardsPage::showCategories()
 {
-    CategoriesDialog(m_table, this).exec();
+    m_chooser->slotDialog();
 }
 
 void CardsPage::deleteCard()

@@ -2,15 +2,14 @@
 #define CARDSPAGE_H
 
 #include "book.h"
-#include "cardsmodel.h"
 
 #include <QWidget>
 
 class CardForm;
 class CardList;
 class CategoryTable;
+class KyCategorySelect;
 class QAction;
-class QComboBox;
 class QLabel;
 class QMenu;
 class QStackedWidget;
@@ -36,7 +35,7 @@ struct PageWords
 
 /**
  * A page over one box: its cards as a list with a chooser of categories and a search, what is known of the
- * selected one, and the form. A subclass gives the columns, the details and the form, and calls begin().
+ * selected one, and the form. A subclass gives the list, the details and the form, and calls begin().
  */
 class CardsPage : public QWidget
 {
@@ -67,19 +66,18 @@ public slots:
     void undoDelete();
     /** Leaves the form, asking about what isn't saved. */
     void showList();
+    /** Opens the dialog in which categories are made, renamed and removed. */
     void showCategories();
 
 protected:
     CardsPage(const BoxKind &kind, CategoryTable *table, PageWords words, QWidget *parent);
 
-    /** Builds the page. @param nameColumn the column that summary() goes by */
-    void begin(const QList<CardColumn> &columns, int nameColumn, CardForm *form);
+    /** Builds the page around its list and its form. @param nameColumn the column that summary() goes by */
+    void begin(CardList *list, int nameColumn, CardForm *form);
     [[nodiscard]] virtual CardDetails detailsOf(unsigned long card) const = 0;
     [[nodiscard]] CategoryTable *categories() const { return m_table; }
     /** The menu of what is seldom needed. */
     [[nodiscard]] QMenu *menu() const { return m_menu; }
-    [[nodiscard]] CardList *list() const { return m_list; }
-    [[nodiscard]] CardsModel *model() const { return m_model; }
     [[nodiscard]] unsigned long currentCard() const { return m_card; }
 
 private:
@@ -89,6 +87,7 @@ private:
     void addOrders();
     void fillCategories();
     void categoriesChanged();
+    void chooseCategory(int id);
     void showSelected();
     void updateState();
     void showCard(unsigned long card);
@@ -103,10 +102,9 @@ private:
     PageWords m_words;
     CategoryTable *m_table;
     Book *m_book;
-    CardsModel *m_model = nullptr;
     int m_nameColumn = 0;
     QStackedWidget *m_stack;
-    QComboBox *m_chooser = nullptr;
+    KyCategorySelect *m_chooser = nullptr;
     SearchLine *m_search = nullptr;
     CardList *m_list = nullptr;
     QTextBrowser *m_details = nullptr;

@@ -13,7 +13,6 @@ struct CategoryEntry
 {
     int id = 0;
     QString name;
-    bool isSystem = false; ///< can be neither renamed nor removed
 };
 
 /**
@@ -24,9 +23,6 @@ class CategoryTable : public QObject
 {
     Q_OBJECT
 public:
-    /** As many as there are ids. */
-    static constexpr int MaximumCategories = 245;
-
     explicit CategoryTable(QObject *parent = nullptr);
 
     /** In the order of the table. */
@@ -40,15 +36,9 @@ public:
     /** Those of @p ids that are known. */
     [[nodiscard]] QList<int> known(const QList<int> &ids) const;
 
-    /** @name Changes
-     * Events of the application are handled inside. Each gives what is in the way, for the user; an empty
-     * text when it is done.
-     * @{ */
-    [[nodiscard]] QString add(const QString &name);
-    [[nodiscard]] QString rename(const QString &oldName, const QString &newName);
-    /** Takes the category from all cards of all boxes, too. */
-    [[nodiscard]] QString remove(const QString &name);
-    /** @} */
+    /** Adds a category; events of the application are handled inside. @return its id; 0 for a name that
+     * exists or is invalid, when there is no room, and on failure */
+    int add(const QString &name);
 
 signals:
     /** Names or ids are others now, or cards have lost a category. */
@@ -58,7 +48,6 @@ private:
     void read();
     void reload();
     void announce();
-    [[nodiscard]] QString objectionTo(const QString &name) const;
 
     std::unique_ptr<KyCategories> m_table;
     QCopChannel *m_channel;

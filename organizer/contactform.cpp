@@ -2,7 +2,6 @@
 
 #include "addressfields.h"
 #include "addresslookup.h"
-#include "categorychecklist.h"
 #include "contactnames.h"
 
 #include <QFormLayout>
@@ -101,10 +100,9 @@ ContactForm::ContactForm(Book *book, CategoryTable *table, QWidget *parent)
 {
     for (int tab = 0; tab < TabCount; ++tab)
         addTab(tab);
-    m_tabs->addTab(categories(), tr("Categories"));
     m_tabs->setUsesScrollButtons(true);
     body()->addWidget(m_tabs);
-    endWith(m_notes);
+    addEnd();
 }
 
 void ContactForm::addTab(int tab)

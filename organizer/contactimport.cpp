@@ -11,7 +11,8 @@
 namespace {
 
 constexpr int ProgressFrom = 200;   // cards
-constexpr int CardsPerAction = 100; // one synchronisation to disk each
+constexpr int ProgressStep = 100;   // cards
+constexpr int CardsPerAction = 500; // one synchronisation to disk each, and one new view
 
 } // namespace
 
@@ -45,9 +46,10 @@ int ContactImport::categoryOf(const QString &name)
     const int present = m_table->id(name);
     if (present != 0 || m_unplaced.contains(name))
         return present;
-    if (!m_table->add(name).isEmpty())
+    const int added = m_table->add(name);
+    if (added == 0)
         m_unplaced.insert(name);
-    return m_table->id(name);
+    return added;
 }
 
 CardValues ContactImport::valuesOf(const ContactFields &fields)
@@ -120,7 +122,7 @@ QString ContactImport::run(const QString &path)
         if (!fields)
             break;
         saving = take(*fields);
-        if (done % CardsPerAction == 0)
+        if (done % ProgressStep == 0)
             progress.setValue(done);
     }
     saving = saving && saveBatch();

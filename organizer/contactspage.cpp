@@ -1,6 +1,7 @@
 #include "contactspage.h"
 
 #include "addressfields.h"
+#include "cardlist.h"
 #include "contactform.h"
 #include "contactimport.h"
 #include "messages.h"
@@ -21,16 +22,11 @@ QString counted(int contacts)
 ContactsPage::ContactsPage(CategoryTable *table, QWidget *parent)
     : CardsPage(BoxKind::contacts(), table, {tr("Contacts"), tr("No contacts yet"), counted}, parent)
 {
-    const auto show = [this](int field) {
-        return [this, field](unsigned long card) { return book()->text(card, field); };
-    };
-    const QList<CardColumn> columns = {
-        {tr("Name"), 0, 17, [this](unsigned long card) { return nameOf(card); }},
-        {tr("Reading"), AddressField::FullPronunciation, 15, show(AddressField::FullPronunciation)},
-        {tr("Company"), AddressField::Company, 12, show(AddressField::Company)},
-        {tr("Mobile phone"), AddressField::MobilePhone, 18, show(AddressField::MobilePhone)},
-    };
-    begin(columns, 0, new ContactForm(book(), table));
+    const auto name = [this](unsigned long card) { return nameOf(card); };
+    auto *list = new CardList(book(), {{tr("Name"), AddressField::FullPronunciation, 17, name},
+                                       {tr("Company"), AddressField::Company, 17},
+                                       {tr("Mobile phone"), AddressField::MobilePhone, 14}});
+    begin(list, 0, new ContactForm(book(), table));
     menu()->addAction(QIcon(Resource::loadPixmap(QStringLiteral("import"))), tr("Import..."), this,
                       &ContactsPage::importFile);
 }

@@ -21,6 +21,7 @@ struct Options
     QString import;
     QString tour;
     bool sample = false;
+    int contacts = 0; ///< invented ones
     QSize screen{480, 640};
 };
 
@@ -31,6 +32,20 @@ std::optional<QSize> parseScreen(const QString &text)
     if (size.width() < 100 || size.height() < 100 || size.width() > 8000 || size.height() > 8000)
         return std::nullopt;
     return size;
+}
+
+[[noreturn]] void fail(const char *message)
+{
+    std::fprintf(stderr, "kyorganizer: %s\n", message);
+    std::exit(2);
+}
+
+/* 0 for no number from 1 to the most. */
+int parseContacts(const QString &text)
+{
+    bool isNumber = false;
+    const int count = text.toInt(&isNumber);
+    return isNumber && count >= 1 && count <= MostSampleContacts ? count : 0;
 }
 
 Options parseOptions(const QStringList &arguments)
@@ -46,22 +61,36 @@ Options parseOptions(const QStringList &arguments)
          {QStringLiteral("tour"), QStringLiteral("Write a picture of every page and end."),
           QStringLiteral("folder")},
          {QStringLiteral("sample"), QStringLiteral("Fill empty boxes with samples.")},
+         {QStringLiteral("contacts"), QStringLiteral("Fill an empty address book with invented contacts."),
+          QStringLiteral("number")},
          {QStringLiteral("screen"), QStringLiteral("Size of the screen."), QStringLiteral("WxH"),
           qEnvironmentVariable("KY_SCREEN", QStringLiteral("480x640"))}});
     parser.process(arguments);
     const std::optional<QSize> screen = parseScreen(parser.value(QStringLiteral("screen")));
-    if (!screen) {
-        std::fprintf(stderr, "kyorganizer: --screen and KY_SCREEN take a size such as 480x640\n");
-        std::exit(2);
-    }
-    return {parser.value(QStringLiteral("name")), parser.value(QStringLiteral("import")),
-            parser.value(QStringLiteral("tour")), parser.isSet(QStringLiteral("sample")), *screen};
+    if (!screen)
+        fail("--screen and KY_SCREEN take a size such as 480x640");
+    const int contacts = parseContacts(parser.value(QStringLiteral("contacts")));
+    if (contacts == 0 && parser.isSet(QStringLiteral("contacts")))
+        fail("--contacts takes a number from 1 to 50000");
+    return {parser.value(QStringLiteral("name")),
+            parser.value(QStringLiteral("import")),
+            parser.value(QStringLiteral("tour")),
+            parser.isSet(QStringLiteral("sample")),
+            contacts,
+            *screen};
 }
 
 /* The library and the programs started from here take the same screen for the desktop. */
 void setDesktop(const QSize &screen)
 {
     qputenv("KY_SCREEN", QByteArray::number(screen.width()) + 'x' + QByteArray::number(screen.height()));
+}
+
+/* What the options wish to have in empty boxes. */
+bool fill(MainWindow &window, const Options &options)
+{
+    const bool hasContacts = options.contacts == 0 || addSampleContacts(window, options.contacts);
+    return (!options.sample || addSamples(window)) && hasContacts;
 }
 
 /* The pages with what the options bring along, as pictures. */
@@ -73,8 +102,8 @@ int runTour(const Options &options)
         ContactImport import(window.contacts()->book(), window.categories(), nullptr);
         std::printf("import: %s\n", qUtf8Printable(import.run(options.import)));
     }
-    const bool hasSamples = !options.sample || addSamples(window);
-    return takeTour(window, options.tour) && hasSamples ? 0 : 1;
+    const bool isFilled = fill(window, options);
+    return takeTour(window, options.tour) && isFilled ? 0 : 1;
 }
 
 int run(const Options &options)
@@ -83,7 +112,7 @@ int run(const Options &options)
     window.resize(options.screen);
     window.show();
     QTimer::singleShot(0, &window, [&] {
-        if (options.sample && !addSamples(window))
+        if (!fill(window, options))
             QMessageBox::warning(&window, MainWindow::tr("Organizer"),
                                  MainWindow::tr("The samples could not be saved."));
         if (!options.import.isEmpty())
@@ -96,7 +125,7 @@ int run(const Options &options)
 int raiseFirst(const Options &options)
 {
     QPEApplication::raiseRunning(options.name.toUtf8());
-    if (options.import.isEmpty() && !options.sample)
+    if (options.import.isEmpty() && !options.sample && options.contacts == 0)
         return 0;
     std::fprintf(stderr, "kyorganizer: it is running already; use Import in its window\n");
     return 1;

@@ -16,8 +16,8 @@
 
 MainWindow::MainWindow()
     : m_categories(new CategoryTable(this)), m_contacts(new ContactsPage(m_categories)),
-      m_tasks(new TasksPage(m_categories)), m_memos(new MemosPage(m_categories)),
-      m_postal(new PostalPage), m_settings(new SettingsPage), m_statusLine(new StatusLine), m_pages(new QTabWidget)
+      m_tasks(new TasksPage(m_categories)), m_memos(new MemosPage(m_categories)), m_postal(new PostalPage),
+      m_settings(new SettingsPage), m_statusLine(new StatusLine), m_pages(new QTabWidget)
 {
     setWindowTitle(tr("Organizer"));
     setWindowIcon(QIcon(Resource::loadPixmap(QStringLiteral("contacts"))));

@@ -1,7 +1,5 @@
 #include "memoform.h"
 
-#include "categorychecklist.h"
-
 #include <QFormLayout>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -29,13 +27,11 @@ MemoForm::MemoForm(Book *book, CategoryTable *table, QWidget *parent)
       m_title(new QLineEdit), m_contents(makeTextEditor())
 {
     m_title->setPlaceholderText(tr("The first line, if you leave this empty"));
-    categories()->setMaximumHeight(categories()->fontMetrics().height() * 9);
     auto *form = new QFormLayout;
     form->addRow(tr("Title"), m_title);
     form->addRow(tr("Contents"), m_contents);
-    form->addRow(tr("Categories"), categories());
     body()->addLayout(form);
-    endWith(m_contents);
+    addEnd();
 }
 
 void MemoForm::show(const CardValues &values)

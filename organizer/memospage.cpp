@@ -1,6 +1,8 @@
 #include "memospage.h"
 
+#include "cardlist.h"
 #include "memoform.h"
+#include "timestring.h"
 
 namespace {
 
@@ -14,8 +16,9 @@ QString counted(int memos)
 MemosPage::MemosPage(CategoryTable *table, QWidget *parent)
     : CardsPage(BoxKind::memos(), table, {tr("Memos"), tr("No memos yet"), counted}, parent)
 {
-    begin({{tr("Title"), 0, 46, [this](unsigned long card) { return titleOf(card); }},
-           {tr("Changed"), MemoField::ChangeTime, 18, [this](unsigned long card) { return changeOf(card); }}},
+    const auto title = [this](unsigned long card) { return titleOf(card); };
+    begin(new CardList(book(), {{tr("Title"), MemoField::Title, 44, title},
+                                {tr("Changed"), MemoField::ChangeTime, 20}}),
           0, new MemoForm(book(), table));
 }
 
@@ -29,7 +32,10 @@ QString MemosPage::titleOf(unsigned long card) const
 QString MemosPage::changeOf(unsigned long card) const
 {
     const QDateTime time = book()->value(card, MemoField::ChangeTime).toDateTime();
-    return time.isValid() ? time.toString(QStringLiteral("yyyy-MM-dd HH:mm")) : QString();
+    if (!time.isValid())
+        return {};
+    return TimeString::numberDateString(time.date(), TimeString::currentDateFormat()) + QLatin1Char(' ') +
+           TimeString::timeString(time.time(), TimeString::currentAmPm());
 }
 
 CardDetails MemosPage::detailsOf(unsigned long card) const

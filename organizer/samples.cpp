@@ -4,11 +4,13 @@
 #include "contactimport.h"
 #include "contactspage.h"
 #include "mainwindow.h"
+#include "manycontacts.h"
 #include "memospage.h"
 #include "taskform.h"
 #include "taskspage.h"
 
 #include <cstdio>
+#include <QApplication>
 
 namespace {
 
@@ -76,12 +78,9 @@ QList<int> categoriesOf(CategoryTable &table, const char *category)
     if (!category)
         return {};
     const QString name = translated(category);
-    if (table.id(name) == 0) {
-        const QString objection = table.add(name);
-        if (!objection.isEmpty())
-            qWarning("%s", qUtf8Printable(objection));
-    }
-    return table.id(name) == 0 ? QList<int>() : QList<int>{table.id(name)};
+    const int present = table.id(name);
+    const int id = present != 0 ? present : table.add(name);
+    return id == 0 ? QList<int>() : QList<int>{id};
 }
 
 Card cardOf(const SampleTask &task, CategoryTable &table)
@@ -130,4 +129,19 @@ bool addSamples(MainWindow &window)
         std::printf("import: %s\n", qUtf8Printable(import.run(QStringLiteral(":/ky/samples/contacts.vcf"))));
     }
     return hasTasks && hasMemos && !contacts->allCards().isEmpty();
+}
+
+/* The categories come first, as making them handles events, and none may come into the transaction. */
+bool addSampleContacts(MainWindow &window, int count)
+{
+    Book *contacts = window.contacts()->book();
+    if (!contacts->ask())
+        return false;
+    if (!contacts->allCards().isEmpty())
+        return true;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const QList<Card> cards = manyContacts(count, *window.categories());
+    const bool added = contacts->addAll(cards) != 0;
+    QApplication::restoreOverrideCursor();
+    return added;
 }

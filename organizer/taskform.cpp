@@ -1,6 +1,6 @@
 #include "taskform.h"
 
-#include "categorychecklist.h"
+#include "timestring.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -24,6 +24,15 @@ bool isDone(const CardValues &values)
     return !values.isEmpty() && values.value(TaskField::State, TaskState::Done).toInt() != TaskState::Open;
 }
 
+/* The user's format of dates, as an editor takes it. */
+QString editorFormat(const DateFormat &format)
+{
+    constexpr const char *Parts[][3] = {{"yyyy", "MM", "dd"}, {"MM", "dd", "yyyy"}, {"dd", "MM", "yyyy"}};
+    const auto &[first, second, third] = Parts[format.order];
+    const QString separator = format.separator;
+    return first + separator + second + separator + third;
+}
+
 } // namespace
 
 TaskForm::TaskForm(Book *book, CategoryTable *table, QWidget *parent)
@@ -38,22 +47,19 @@ TaskForm::TaskForm(Book *book, CategoryTable *table, QWidget *parent)
     for (int priority = TaskPriority::Highest; priority <= TaskPriority::Lowest; ++priority)
         m_priority->addItem(priorityText(priority), priority);
     m_due->setCalendarPopup(true);
-    m_due->setDisplayFormat(QStringLiteral("yyyy-MM-dd"));
     connect(m_hasDue, &QCheckBox::toggled, m_due, &QWidget::setEnabled);
     auto *due = new QHBoxLayout;
     due->addWidget(m_hasDue);
     due->addWidget(m_due, 1);
 
-    categories()->setMaximumHeight(categories()->fontMetrics().height() * 9);
     auto *form = new QFormLayout;
     form->addRow(tr("Description"), m_description);
     form->addRow(QString(), m_done);
     form->addRow(tr("Priority"), m_priority);
     form->addRow(tr("Due"), due);
     form->addRow(tr("Notes"), m_notes);
-    form->addRow(tr("Categories"), categories());
     body()->addLayout(form);
-    endWith(m_notes);
+    addEnd();
 }
 
 QString TaskForm::priorityText(int priority)
@@ -79,6 +85,7 @@ void TaskForm::show(const CardValues &values)
         m_priority->addItem(priorityText(priority), priority);
     m_priority->setCurrentIndex(m_priority->findData(priority));
     m_hasDue->setChecked(due.isValid());
+    m_due->setDisplayFormat(editorFormat(TimeString::currentDateFormat()));
     m_due->setEnabled(due.isValid());
     m_due->setDate(due.isValid() ? due : QDate::currentDate());
     m_notes->setPlainText(values.value(TaskField::Notes).toString());

@@ -1,8 +1,9 @@
 #include "taskspage.h"
 
-#include "cardlist.h"
 #include "messages.h"
 #include "taskform.h"
+#include "tasklist.h"
+#include "timestring.h"
 
 #include <QShortcut>
 
@@ -26,14 +27,14 @@ TasksPage::TasksPage(CategoryTable *table, QWidget *parent)
         return book()->value(card, TaskField::Priority).toString();
     };
     const auto due = [this](unsigned long card) { return dateText(card, TaskField::DueDate); };
-    begin({{tr("Done"), TaskField::State, 7, done, true},
-           {tr("Description"), TaskField::Description, 36, description},
-           {tr("Priority"), TaskField::Priority, 10, priority},
-           {tr("Due"), 0, 12, due}},
-          DescriptionColumn, new TaskForm(book(), table));
+    auto *list = new TaskList(book(), {{tr("Done"), TaskField::State, 7, done},
+                                       {tr("Description"), TaskField::Description, 36, description},
+                                       {tr("Priority"), TaskField::Priority, 10, priority},
+                                       {tr("Due"), TaskField::DueDate, 12, due}});
+    begin(list, DescriptionColumn, new TaskForm(book(), table));
     // Later: the list is in the middle of a click, and the change makes it anew.
-    connect(model(), &CardsModel::ticked, this, &TasksPage::setDone, Qt::QueuedConnection);
-    auto *space = new QShortcut(Qt::Key_Space, list());
+    connect(list, &TaskList::ticked, this, &TasksPage::setDone, Qt::QueuedConnection);
+    auto *space = new QShortcut(Qt::Key_Space, list);
     space->setContext(Qt::WidgetShortcut);
     connect(space, &QShortcut::activated, this, &TasksPage::turnCurrent);
 }
@@ -46,7 +47,7 @@ bool TasksPage::isDone(unsigned long card) const
 QString TasksPage::dateText(unsigned long card, int field) const
 {
     const QDate date = book()->value(card, field).toDate();
-    return date.isValid() ? date.toString(Qt::ISODate) : QString();
+    return TimeString::numberDateString(date, TimeString::currentDateFormat());
 }
 
 CardDetails TasksPage::detailsOf(unsigned long card) const

@@ -1,11 +1,10 @@
 #include "tour.h"
 
 #include "cardform.h"
-#include "categoriesdialog.h"
 #include "categorytable.h"
 #include "contactspage.h"
-#include "mainwindow.h"
 #include "kyzipconvertor.h"
+#include "mainwindow.h"
 #include "memospage.h"
 #include "postalpage.h"
 #include "settingspage.h"
@@ -81,12 +80,22 @@ private:
         page->showList();
     }
 
+    /* The dialog in which categories are edited. */
     void showCategories()
     {
-        CategoriesDialog dialog(m_window.categories(), &m_window);
-        dialog.show();
-        picture(dialog, QStringLiteral("categories"),
-                QStringLiteral("%1 categories").arg(m_window.categories()->entries().size()));
+        m_window.showPage(m_window.contacts());
+        QTimer::singleShot(0, &m_window, [this] {
+            auto *shown = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            m_isComplete = m_isComplete && shown;
+            if (!shown)
+                return;
+            shown->showNormal();
+            shown->resize(m_window.size()); // the screen that the pages are shown on
+            picture(*shown, QStringLiteral("categories"),
+                    QStringLiteral("%1 categories").arg(m_window.categories()->entries().size()));
+            shown->reject();
+        });
+        m_window.contacts()->showCategories();
     }
 
     /* A code, an address in Kyoto with its streets, a town that has several codes, and the dialog. */

@@ -1,6 +1,7 @@
 #include "mainwindow.h"
 
 #include "contactspage.h"
+#include "manycontacts.h"
 #include "memospage.h"
 #include "samples.h"
 #include "taskspage.h"
@@ -53,6 +54,11 @@ private slots:
     void listOfThePageInFrontHasTheKeys();
     void closingAsksAboutAnUnsavedForm();
     void samplesFillEmptyBoxesOnly();
+    void inventedContactsAreAsManyAsWanted();
+    void inventedContactsFillAnEmptyBoxOnly();
+    void numberOfInventedContactsIsChecked_data();
+    void numberOfInventedContactsIsChecked();
+    void tourShowsThousandsOfContacts();
     void tourShowsAllPages();
     void tourOfAnEmptyProfileShowsAllPages();
     void screenOfTheEnvironmentIsTaken();
@@ -113,6 +119,61 @@ void MainWindowTest::samplesFillEmptyBoxesOnly()
     QCOMPARE(window.tasks()->book()->count(), 9);
 }
 
+void MainWindowTest::inventedContactsAreAsManyAsWanted()
+{
+    CategoryTable table;
+    const QList<Card> cards = manyContacts(1000, table);
+    QCOMPARE(cards.size(), 1000);
+    int readings = 0;
+    for (const Card &card : cards) {
+        const QString name = card.values.value(AddressField::FullName).toString();
+        QVERIFY(name.contains(card.values.value(AddressField::FirstName).toString()));
+        QVERIFY(name.contains(card.values.value(AddressField::LastName).toString()));
+        QVERIFY(!card.values.value(AddressField::FullPronunciation).toString().isEmpty());
+        readings += card.values.contains(AddressField::LastPronunciation);
+        QCOMPARE(table.known(card.categories), card.categories);
+    }
+    QCOMPARE(readings, 500);
+    QSet<QString> phones;
+    for (const Card &card : cards)
+        phones.insert(card.values.value(AddressField::MobilePhone).toString());
+    QVERIFY2(phones.size() > 900, qPrintable(QString::number(phones.size())));
+}
+
+void MainWindowTest::inventedContactsFillAnEmptyBoxOnly()
+{
+    MainWindow window;
+    QVERIFY(addSampleContacts(window, 20));
+    QCOMPARE(window.contacts()->book()->count(), 20);
+    QVERIFY(addSampleContacts(window, 30));
+    QCOMPARE(window.contacts()->book()->count(), 20);
+}
+
+void MainWindowTest::numberOfInventedContactsIsChecked_data()
+{
+    QTest::addColumn<QString>("number");
+    for (const char *number : {"0", "-1", "50001", "many", "", "1.5"})
+        QTest::newRow(*number ? number : "none") << number;
+}
+
+void MainWindowTest::numberOfInventedContactsIsChecked()
+{
+    QFETCH(QString, number);
+    Organizer organizer({"--contacts=" + number});
+    QCOMPARE(organizer.ended(30000), 2);
+}
+
+void MainWindowTest::tourShowsThousandsOfContacts()
+{
+    const QTemporaryDir folder;
+    Organizer organizer({"--contacts", "5000", "--tour", folder.path()});
+    QCOMPARE(organizer.ended(60000), 0);
+    const QByteArray lines = organizer.output();
+    QVERIFY2(lines.contains("contacts: 5000 contacts, from "), lines);
+    QVERIFY2(lines.contains("contacts-middle: 5000 contacts, from "), lines);
+    QVERIFY2(lines.contains("contacts-search: 2500 contacts, from "), lines);
+}
+
 void MainWindowTest::tourShowsAllPages()
 {
     const QTemporaryDir folder;
@@ -126,7 +187,7 @@ void MainWindowTest::tourShowsAllPages()
           "  Desktop: 800 x 600 pixels, landscape"})
         QVERIFY2(lines.contains(line), lines);
     for (const char *page :
-         {"contacts", "contact", "contacts-search", "tasks", "task", "memos", "memo", "tasks-category"}) {
+         {"contacts", "contact", "contacts-search", "tasks", "task", "memos", "memo", "tasks-category", "categories"}) {
         const QImage picture(folder.filePath(QLatin1String(page) + ".png"));
         QCOMPARE(picture.size(), QSize(800, 600));
     }
@@ -173,6 +234,8 @@ void MainWindowTest::secondStartImportsNothing()
     QCOMPARE(importing.ended(30000), 1);
     Organizer sampling({"--name", "one", "--sample"});
     QCOMPARE(sampling.ended(30000), 1);
+    Organizer filling({"--name", "one", "--contacts", "5"});
+    QCOMPARE(filling.ended(30000), 1);
     QCOMPARE(first.ended(0), -1);
 }
 

@@ -1,11 +1,11 @@
 #include "memospage.h"
-#include "categorychecklist.h"
 
 #include "messagerobot.h"
 #include "pagefixture.h"
 
 #include <QPlainTextEdit>
 #include <QTextBrowser>
+#include <QToolButton>
 
 namespace {
 
@@ -93,7 +93,7 @@ void MemosPageTest::changeIsStampedWhenAMemoIsSaved()
 {
     const unsigned long memo = m_page->book()->save(
         0, {{MemoField::Title, "a"}, {MemoField::ChangeTime, QDateTime(QDate(2020, 1, 2), QTime(3, 4))}});
-    QCOMPARE(texts(*m_page, Changed), QStringList{"2020-01-02 03:04"});
+    QCOMPARE(texts(*m_page, Changed), QStringList{"2020/01/02 3:04 AM"});
     m_page->editCard();
     type(*m_page, "Title", "b");
     const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
@@ -162,7 +162,9 @@ void MemosPageTest::tabulatorLeadsThroughTheForm()
     auto *contents = editor<QPlainTextEdit>(*m_page, "Contents");
     QCOMPARE(m_page->focusWidget(), contents);
     QTest::keyClick(contents, Qt::Key_Tab);
-    QCOMPARE(m_page->focusWidget(), m_page->findChild<CategoryChecklist *>());
+    QCOMPARE(m_page->focusWidget(), filing(*m_page).findChild<QComboBox *>());
+    QTest::keyClick(m_page->focusWidget(), Qt::Key_Tab);
+    QCOMPARE(m_page->focusWidget(), filing(*m_page).findChild<QToolButton *>());
     QTest::keyClick(m_page->focusWidget(), Qt::Key_Tab);
     const auto *button = qobject_cast<QPushButton *>(m_page->focusWidget());
     QVERIFY(button && button->text().contains("Save"));

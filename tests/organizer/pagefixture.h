@@ -4,8 +4,10 @@
 #include "cardform.h"
 #include "cardspage.h"
 #include "categorytable.h"
+#include "kycategoryselect.h"
 #include "qcopenvelope.h"
 
+#include <QComboBox>
 #include <QDir>
 #include <QFormLayout>
 #include <QHeaderView>
@@ -74,11 +76,25 @@ inline void clickHeader(const CardsPage &page, int column)
                       {header->sectionViewportPosition(column) + 8, header->height() / 2});
 }
 
-/** Adds a category. @return its id */
-inline int addCategory(CategoryTable &table, const QString &name)
+/** The box in which a page's category is chosen. */
+inline QComboBox *chooser(const CardsPage &page)
 {
-    const QString objection = table.add(name);
-    return objection.isEmpty() ? table.id(name) : 0;
+    return page.findChild<KyCategorySelect *>("category")->findChild<QComboBox *>();
+}
+
+/** Where the categories of the card in a page's form are chosen. */
+inline KyCategorySelect &filing(const CardsPage &page)
+{
+    return *page.findChild<CardForm *>()->findChild<KyCategorySelect *>();
+}
+
+/** Gives a category another name and tells of it, as another application does. */
+inline bool renameCategory(const QString &oldName, const QString &newName)
+{
+    const bool isRenamed = KyCategories().renameCategory(oldName, newName);
+    QCopEnvelope envelope("QPE/System", "categoryChange(QString)");
+    envelope << QString("other");
+    return isRenamed;
 }
 
 /** A message of the close protocol for the contacts, as another application sends it. */
