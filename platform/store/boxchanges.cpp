@@ -54,9 +54,10 @@ PdtmStatus SqliteBox::startTransaction()
 {
     if (m_inTransaction)
         return PdtmOk;
+    m_stateBefore = m_state;
+    m_storedScratchBefore = m_storedScratch;
     const PdtmStatus status = m_database.begin();
     m_inTransaction = status == PdtmOk;
-    m_stateBefore = m_state;
     return status;
 }
 
@@ -64,7 +65,7 @@ PdtmStatus SqliteBox::commit()
 {
     PdtmStatus status = writeCards();
     if (status == PdtmOk)
-        status = removeStoredScratchCards();
+        status = removeStoredScratchCards(*m_scratch);
     if (status == PdtmOk)
         status = m_database.writeState(m_state);
     if (status == PdtmOk)
@@ -75,7 +76,6 @@ PdtmStatus SqliteBox::commit()
     }
     m_inTransaction = false;
     m_committed = true;
-    std::erase_if(m_storedScratch, [this](CardId card) { return !m_scratch->contains(card); });
     return PdtmOk;
 }
 
@@ -89,6 +89,7 @@ void SqliteBox::undo(PdtmStatus reason)
     const uint32_t syncId = m_state.syncId;
     m_state = m_stateBefore;
     m_state.syncId = syncId; // an id that was given out is never given out again
+    m_storedScratch = std::move(m_storedScratchBefore);
     m_cache.clear();
     m_unwritten.clear();
     Schema schema;
@@ -224,13 +225,20 @@ PdtmStatus SqliteBox::writeWholeCard(CardId &card, const std::string &packed)
     if (status != PdtmOk)
         return status;
     status = change([&] {
-        if (isNew)
-            skipUsedCard(made, card == 0);
-        return writeOrdinaryCard(made, bytesOf(packed));
+        const PdtmStatus prepared = isNew ? prepareNewCard(made, card == 0) : PdtmStatus(PdtmOk);
+        return prepared == PdtmOk ? writeOrdinaryCard(made, bytesOf(packed)) : prepared;
     });
     if (status == PdtmOk)
         card = made;
     return status;
+}
+
+/** A new card should be the last of the file: SQLite appends it to a page then. With a copy of a scratch card
+ * behind it, it would be an insertion, for which neighbouring pages are laid out anew. */
+PdtmStatus SqliteBox::prepareNewCard(CardId card, bool wasChosenHere)
+{
+    skipUsedCard(card, wasChosenHere);
+    return removeStoredScratchCards({});
 }
 
 /** Lets the ids go on behind a new card. One that was asked for never takes them back. */
@@ -357,13 +365,18 @@ void SqliteBox::advanceSyncId()
     m_memoryChanged = true;
 }
 
-PdtmStatus SqliteBox::removeStoredScratchCards()
+/** Takes the copies of scratch cards out of the file, but for those of @p kept. */
+PdtmStatus SqliteBox::removeStoredScratchCards(const ScratchCards &kept)
 {
-    for (const CardId card : m_storedScratch) {
-        if (m_scratch->contains(card))
+    for (auto card = m_storedScratch.begin(); card != m_storedScratch.end();) {
+        if (kept.contains(*card)) {
+            ++card;
             continue;
-        if (const PdtmStatus status = m_database.deleteCard(card); status != PdtmOk)
+        }
+        if (const PdtmStatus status = m_database.deleteCard(*card); status != PdtmOk)
             return status;
+        m_memoryChanged |= m_scratch->contains(*card); // the close writes it again
+        card = m_storedScratch.erase(card);
     }
     return PdtmOk;
 }
@@ -385,7 +398,7 @@ void SqliteBox::flushMemory(bool synchronised)
     m_database.setSynchronised(synchronised);
     PdtmStatus status = m_database.begin();
     if (status == PdtmOk)
-        status = removeStoredScratchCards();
+        status = removeStoredScratchCards(*m_scratch);
     if (status == PdtmOk)
         status = storeScratchCards();
     if (status == PdtmOk)

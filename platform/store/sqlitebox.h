@@ -102,6 +102,7 @@ private:
     void undo(PdtmStatus reason);
     void riseCounter();
     PdtmStatus writeWholeCard(CardId &card, const std::string &packed);
+    PdtmStatus prepareNewCard(CardId card, bool wasChosenHere);
     void skipUsedCard(CardId card, bool wasChosenHere);
     PdtmStatus writeScratchItem(CardId card, const ItemDescription &item, Bytes value);
     PdtmStatus editedCard(CardId card, const ItemDescription &item, Bytes value, std::string &packed);
@@ -109,7 +110,7 @@ private:
     PdtmStatus eraseCard(CardId card);
     PdtmStatus writeCards();
     PdtmStatus writeOrdinaryCard(CardId card, Bytes packed);
-    PdtmStatus removeStoredScratchCards();
+    PdtmStatus removeStoredScratchCards(const ScratchCards &kept);
     PdtmStatus storeScratchCards();
     void flushMemory(bool synchronised);
     bool isInUse(CardId card, PdtmStatus &status);
@@ -141,9 +142,10 @@ private:
     std::array<CodeSlot, 256> m_codes;
 
     ScratchCards *m_scratch = nullptr;
-    std::set<CardId> m_storedScratch; ///< scratch cards of which the file holds a copy
-    bool m_memoryChanged = false;     ///< scratch cards or sync id are ahead of the file
-    bool m_committed = false;         ///< a card was changed since the box is held
+    std::set<CardId> m_storedScratch;       ///< scratch cards of which the file holds a copy
+    std::set<CardId> m_storedScratchBefore; ///< the same when the open action began
+    bool m_memoryChanged = false;           ///< scratch cards or sync id are ahead of the file
+    bool m_committed = false;               ///< a card was changed since the box is held
 
     int m_actionDepth = 0;
     bool m_inTransaction = false;

@@ -24,6 +24,7 @@ private slots:
     void failureInsideAnActionEndsIt();
     void changesOfManyCardsReachTheFile();
     void undoneChangesOfManyCardsLeaveNothing();
+    void undoneNewCardLosesNoCopyOfAWorkCard();
     void cardsOfTheActionKeepTheirIds();
     void garbageOfAnActionIsCounted();
     void manyChangesOfOneCard();
@@ -234,6 +235,22 @@ void ActionTest::undoneChangesOfManyCardsLeaveNothing()
              QByteArray("0"));
     QCOMPARE(sql(internalPath(m_box.mid(3)), "SELECT count(*) FROM cards WHERE id < 65280"),
              QByteArray("40"));
+}
+
+/** A new card takes the copy out of the file; undone, it stands there again and goes with the work card. */
+void ActionTest::undoneNewCardLosesNoCopyOfAWorkCard()
+{
+    const QString path = internalPath(m_box.mid(3));
+    const char *const copies = "SELECT count(*) FROM cards WHERE id = 65280";
+    _BoxClose(m_handle);
+    m_handle = _BoxOpenRwMode(m_box.constData(), 0);
+    uint16_t card = 0;
+    syscalls::failingSynchronisation = EIO;
+    QCOMPARE(_CardCreate(m_handle, &card), PdtmStatus(PdtmIoError));
+    QCOMPARE(sql(path, copies), QByteArray("1"));
+    QCOMPARE(_CardDelete(m_handle, PdtmWorkCard), PdtmStatus(PdtmOk));
+    QCOMPARE(write(m_handle, 1, "NAPR", "after"), PdtmStatus(PdtmOk));
+    QCOMPARE(sql(path, copies), QByteArray("0"));
 }
 
 void ActionTest::cardsOfTheActionKeepTheirIds()

@@ -38,6 +38,8 @@ private slots:
     void reservedIds();
     void workCardSurvivesAClose();
     void workCardLeavesTheFileWithTheNextCommit();
+    void workCardLeavesTheFileForANewCard();
+    void newCardsAreAppendedBesideAWorkCard();
     void deletingAnAbsentWorkCardIsHarmless();
     void syncId();
     void manyCardsReadFromMemory();
@@ -435,6 +437,39 @@ void CardTest::workCardLeavesTheFileWithTheNextCommit()
     QCOMPARE(_CardDelete(m_handle, PdtmWorkCard), PdtmStatus(PdtmOk));
     QCOMPARE(write(m_handle, 1, "NAPR", "again"), PdtmStatus(PdtmOk));
     QCOMPARE(sql(path(), "SELECT count(*) FROM cards WHERE id = 65280"), QByteArray("0"));
+}
+
+void CardTest::workCardLeavesTheFileForANewCard()
+{
+    addCard(m_handle, "saved");
+    reopen();
+    uint16_t card = 0;
+    QCOMPARE(_CardCreate(m_handle, &card), PdtmStatus(PdtmOk));
+    QCOMPARE(sql(path(), "SELECT count(*) FROM cards WHERE id = 65280"), QByteArray("0"));
+    QCOMPARE(read(m_handle, PdtmWorkCard, "NAPR"), QByteArray("saved"));
+    reopen();
+    QCOMPARE(sql(path(), "SELECT instr(data, 'saved') > 0 FROM cards WHERE id = 65280"), QByteArray("1"));
+}
+
+/** A commit writes the page of the card and that of the state, and for every sixth card those of a new page.
+ */
+void CardTest::newCardsAreAppendedBesideAWorkCard()
+{
+    constexpr int Cards = 60;
+    const auto addMany = [this](int count) {
+        for (int i = 0; i < count; ++i)
+            QVERIFY(addCard(m_handle, QByteArray(600, 'x')));
+    };
+    const auto logSize = [this] { return QFileInfo(path() + "-wal").size(); };
+    addMany(Cards);
+    reopen();
+    QCOMPARE(sql(path(), "SELECT count(*) FROM cards WHERE id = 65280"), QByteArray("1"));
+    addMany(1);
+    const qint64 before = logSize();
+    addMany(Cards);
+    constexpr qint64 Page = 4096 + 24;
+    const qint64 pages = (logSize() - before) / Page;
+    QVERIFY2(pages >= 2 * Cards && pages <= 27 * Cards / 10, QByteArray::number(pages));
 }
 
 void CardTest::deletingAnAbsentWorkCardIsHarmless()
