@@ -137,7 +137,7 @@ void IndexOrder::setEmptyKeys()
 {
     m_keyPlaces.clear();
     m_keys.clear();
-    m_firstPrefixes.fill(0);
+    m_beginnings.fill({});
     m_deadKeyBytes = 0;
     m_hasKeys = true;
 }
@@ -152,7 +152,7 @@ bool IndexOrder::setKeys(std::span<const CardId> cards, std::span<const uint32_t
     for (size_t i = 0; i < cards.size(); ++i) {
         const uint32_t length = ends[i] - begin;
         if (contains(cards[i])) {
-            m_keyPlaces[cards[i]] = {keyPrefix(std::string_view(m_keys).substr(begin, length)), begin,
+            m_keyPlaces[cards[i]] = {beginningOf(std::string_view(m_keys).substr(begin, length)), begin,
                                      length};
             ++known;
         } else {
@@ -184,7 +184,7 @@ void IndexOrder::storeKey(CardId card, std::string_view key)
     if (m_deadKeyBytes > TableStep && m_deadKeyBytes > m_keys.size() / 2) {
         compactKeys();
     }
-    m_keyPlaces[card] = {keyPrefix(key), static_cast<uint32_t>(m_keys.size()),
+    m_keyPlaces[card] = {beginningOf(key), static_cast<uint32_t>(m_keys.size()),
                          static_cast<uint32_t>(key.size())};
     m_keys += key;
 }
@@ -202,14 +202,25 @@ void IndexOrder::compactKeys()
     m_deadKeyBytes = 0;
 }
 
-uint64_t IndexOrder::prefixOf(CardId card) const
+const IndexOrder::KeyPlace &IndexOrder::keyPlaceOf(CardId card) const
 {
-    return card < m_keyPlaces.size() ? m_keyPlaces[card].prefix : 0;
+    static constexpr KeyPlace OfEmptyKey;
+    return card < m_keyPlaces.size() ? m_keyPlaces[card] : OfEmptyKey;
+}
+
+IndexOrder::KeyBeginning IndexOrder::beginningOf(std::string_view key)
+{
+    KeyBeginning beginning{};
+    for (uint64_t &part : beginning) {
+        part = keyPrefix(key);
+        key.remove_prefix(std::min(key.size(), sizeof part));
+    }
+    return beginning;
 }
 
 void IndexOrder::noteFirst(size_t block)
 {
-    m_firstPrefixes[block] = prefixOf(*blockSlots(block));
+    m_beginnings[block] = keyPlaceOf(*blockSlots(block)).beginning;
 }
 
 void IndexOrder::noteAllFirst()
@@ -221,18 +232,20 @@ void IndexOrder::noteAllFirst()
 
 bool IndexOrder::standsBefore(CardId left, const SortPlace &place) const
 {
-    const uint64_t prefix = prefixOf(left);
-    if (prefix != place.prefix) {
-        return prefix < place.prefix;
+    const KeyPlace &there = keyPlaceOf(left);
+    if (const auto order = there.beginning <=> place.beginning; order != 0) {
+        return order < 0;
     }
-    const int order = compareKeys(keyOf(left), place.key);
+    // When one of the keys is no longer than that, the other begins with it.
+    const bool isTold = std::min<size_t>(there.length, place.key.size()) <= sizeof there.beginning;
+    const auto order = isTold ? there.length <=> place.key.size() : compareKeys(keyOf(left), place.key) <=> 0;
     return order < 0 || (order == 0 && left < place.card);
 }
 
 bool IndexOrder::beginsBefore(size_t block, const SortPlace &place) const
 {
-    const uint64_t prefix = m_firstPrefixes[block];
-    return prefix != place.prefix ? prefix < place.prefix : standsBefore(*blockSlots(block), place);
+    const auto order = m_beginnings[block] <=> place.beginning;
+    return order != 0 ? order < 0 : standsBefore(*blockSlots(block), place);
 }
 
 /** The last block whose first card stands before, else the first one. */
@@ -256,7 +269,7 @@ void IndexOrder::moveStarts(size_t block, int change)
 
 uint16_t IndexOrder::insert(CardId card, uint8_t attribute, std::string_view key)
 {
-    const SortPlace place{keyPrefix(key), key, card};
+    const SortPlace place{beginningOf(key), key, card};
     growFor(card);
     if (m_slots.empty()) {
         m_slots.resize(BlockCapacity);
@@ -272,8 +285,7 @@ uint16_t IndexOrder::insert(CardId card, uint8_t attribute, std::string_view key
     CardId *const slot =
         std::partition_point(begin, end, [&](CardId left) { return standsBefore(left, place); });
     std::copy_backward(slot, end, end + 1);
-    *slot = card;
-    noteFirst(block);
+    *slot = card; // a block's first only in the first block, whose beginning blockFor() doesn't ask for
     moveStarts(block, 1);
     m_blocks[card] = static_cast<uint16_t>(block + 1);
     m_attributes[card] = attribute;

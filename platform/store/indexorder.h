@@ -86,18 +86,22 @@ private:
     static constexpr size_t BlockFill = 128; // cards in a block that was just laid out
     static constexpr size_t MostBlocks = 512;
 
+    /** The first 24 bytes of a key, filled up with zeros, as numbers that compare as they do. So many tell
+     * most names apart, those of one family or kind of company, too. */
+    using KeyBeginning = std::array<uint64_t, 3>;
     struct KeyPlace
     {
-        uint64_t prefix = 0; // as in keyPrefix(), so that most comparisons touch nothing else
+        KeyBeginning beginning{}; // so that most comparisons touch nothing else
         uint32_t offset = 0;
         uint32_t length = 0;
     };
     struct SortPlace
     {
-        uint64_t prefix;
+        KeyBeginning beginning;
         std::string_view key;
         CardId card;
     };
+    [[nodiscard]] static KeyBeginning beginningOf(std::string_view key);
 
     void growFor(CardId card);
     [[nodiscard]] size_t blockAt(uint16_t number) const;
@@ -105,7 +109,7 @@ private:
     [[nodiscard]] CardId *blockSlots(size_t block) { return &m_slots[block * BlockCapacity]; }
     [[nodiscard]] const CardId *blockSlots(size_t block) const { return &m_slots[block * BlockCapacity]; }
     [[nodiscard]] size_t blockFor(const SortPlace &place) const;
-    [[nodiscard]] uint64_t prefixOf(CardId card) const;
+    [[nodiscard]] const KeyPlace &keyPlaceOf(CardId card) const;
     [[nodiscard]] bool beginsBefore(size_t block, const SortPlace &place) const;
     void noteFirst(size_t block);
     void noteAllFirst();
@@ -123,8 +127,8 @@ private:
     std::vector<CardId> m_slots; // BlockCapacity for each block; none of the blocks is empty
     std::array<uint16_t, MostBlocks + 1>
         m_starts{}; // number of cards before each block; count() behind the last
-    // Key prefix of the first card of each block: finding a block touches little else.
-    std::array<uint64_t, MostBlocks> m_firstPrefixes{};
+    // Of the key of the first card of each block but the first: finding a block touches little else.
+    std::array<KeyBeginning, MostBlocks> m_beginnings{};
     mutable size_t m_lastBlock = 0;    // where a number was found last
     std::vector<uint16_t> m_blocks;    // by card id, the block plus 1; 0: not here
     std::vector<uint8_t> m_attributes; // by card id

@@ -17,6 +17,7 @@ class IndexOrderTest : public QObject
 private slots:
     void agreesWithASortedList();
     void manyInOnePlace();
+    void keysThatBeginAlike();
     void manyAreRemovedInOnePass();
     void keysOfAStoredOrder();
     void refusesImpossibleCards_data();
@@ -128,6 +129,30 @@ void IndexOrderTest::manyInOnePlace()
     QCOMPARE(order.next(0, {}), uint16_t(0));
     QCOMPARE(order.previous(0xFFFF, {}), uint16_t(0));
     insert(7, "again");
+    compare(order, model);
+}
+
+/** Keys that are equal, or one the beginning of the other, for some more or fewer bytes than stand beside the
+ * ids; with zeros at the end, which aren't the same as no bytes. */
+void IndexOrderTest::keysThatBeginAlike()
+{
+    constexpr CardId Cards = 3000;
+    QRandomGenerator random(11);
+    IndexOrder order;
+    Model model;
+    for (CardId card = 1; card <= Cards; ++card) {
+        std::string key(static_cast<size_t>(random.bounded(6, 28)), 'x');
+        for (int length = random.bounded(8); length > 0; --length) {
+            key += static_cast<char>(random.bounded(2));
+        }
+        model[card] = {key, 0};
+        QCOMPARE(order.cardAt(order.insert(card, 0, key)), card);
+    }
+    compare(order, model);
+    for (CardId card = 1; card <= Cards; card = static_cast<CardId>(card + 2)) { // firsts of blocks, too
+        order.remove(card);
+        order.insert(card, 0, model[card].key);
+    }
     compare(order, model);
 }
 
