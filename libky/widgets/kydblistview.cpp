@@ -103,7 +103,7 @@ void KyDbListView::setCurrentCardId(unsigned long card)
         return;
     const int left = horizontalScrollBar()->value();
     setCurrentItem(item, 0, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    scrollToItem(item);
+    scrollTo(currentIndex());              // a slot may have replaced the row
     horizontalScrollBar()->setValue(left); // which column is in sight is the user's affair
 }
 
@@ -138,7 +138,11 @@ bool KyDbListView::deleteItem(unsigned long card)
     QTreeWidgetItem *item = card ? findCard(card) : nullptr;
     if (!item || !d->db->deleteCard(&card, KyPDataManager::DeleteSingle))
         return false;
-    KyListView::deleteItem(item);
+    const QPersistentModelIndex row = indexFromItem(item);
+    // Else the view would make the next row current while it still has the line of another card.
+    selectionModel()->clear();
+    if (row.isValid())
+        KyListView::deleteItem(itemFromIndex(row));
     setCurrentCardId(card);
     return true;
 }

@@ -101,6 +101,7 @@ private slots:
     void unknownCardChangesNothing();
     void columnInSightStays();
     void onlyOneRowIsSelected();
+    void rowsReplacedWhileACardIsSelected();
 
     // deletion
     void neighbourIsSelectedAfterADeletion_data();
@@ -111,6 +112,8 @@ private slots:
     void deletionOfAnUnknownCard();
     void deletionThatFails();
     void deletionOfARowAlone();
+    void deletionTellsOfTheRightCards();
+    void rowsReplacedWhileACardIsDeleted();
 
     // managers that go
     void managerDeletedUnderTheList();
@@ -585,6 +588,20 @@ void DbListViewTest::onlyOneRowIsSelected()
     QCOMPARE(box.selected(), QStringList{"b"});
 }
 
+void DbListViewTest::rowsReplacedWhileACardIsSelected()
+{
+    ListedBox box(manyTitles(60));
+    showList(box.list);
+    const auto replace = [&](const QTreeWidgetItem *current) {
+        if (current && current->text(0) == "card 0050")
+            box.list.update(box.cards[3]);
+    };
+    connect(&box.list, &QTreeWidget::currentItemChanged, this, replace);
+    box.list.setCurrentCardId(box.cards[50]);
+    QCOMPARE(box.selected(), QStringList{"card 0003"});
+    QVERIFY(box.list.viewport()->rect().contains(box.list.visualItemRect(box.list.currentItem()).center()));
+}
+
 void DbListViewTest::neighbourIsSelectedAfterADeletion_data()
 {
     QTest::addColumn<int>("card");
@@ -669,6 +686,33 @@ void DbListViewTest::deletionOfARowAlone()
     static_cast<KyListView &>(box.list).deleteItem(box.list.topLevelItem(3));
     QCOMPARE(box.list.topLevelItemCount(), 3);
     QCOMPARE(box.manager->count(), 4);
+}
+
+void DbListViewTest::deletionTellsOfTheRightCards()
+{
+    ListedBox box(Letters);
+    box.list.setCurrentCardId(box.cards[1]);
+    QList<unsigned long> current, selected;
+    connect(&box.list, &QTreeWidget::currentItemChanged, this,
+            [&](QTreeWidgetItem *item) { current.append(item ? box.list.currentCardId(item) : 0); });
+    connect(&box.list, &QTreeWidget::itemSelectionChanged, this,
+            [&] { selected.append(box.list.currentCardId()); });
+    QVERIFY(box.list.deleteItem(box.cards[1]));
+    QCOMPARE(current, (QList<unsigned long>{0, box.cards[2]}));
+    QCOMPARE(selected, (QList<unsigned long>{0, box.cards[2]}));
+}
+
+void DbListViewTest::rowsReplacedWhileACardIsDeleted()
+{
+    ListedBox box(Letters);
+    box.list.setCurrentCardId(box.cards[1]);
+    connect(&box.list, &QTreeWidget::currentItemChanged, this, [&](const QTreeWidgetItem *current) {
+        if (!current)
+            box.list.setDb(box.manager.get());
+    });
+    QVERIFY(box.list.deleteItem(box.cards[1]));
+    QCOMPARE(box.texts(), (QStringList{"a", "c", "d"}));
+    QCOMPARE(box.selected(), QStringList{"c"});
 }
 
 void DbListViewTest::managerDeletedUnderTheList()
