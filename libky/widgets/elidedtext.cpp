@@ -12,11 +12,15 @@ constexpr qsizetype UnitsPerPixel = 4;
 // Where the search for the longest beginning starts, in code units.
 constexpr qsizetype FirstStep = 16;
 
+// Qt takes what stands behind it for a shorter form of the text, which is shown when there is no room.
+constexpr QChar VariantSeparator(0x9C);
+
 /** Line ends and tabs would begin a line or a column of their own. */
 QString asOneLine(QString text)
 {
     for (QChar &character : text) {
-        const bool isBreak = character == QChar::LineSeparator || character == QChar::ParagraphSeparator;
+        const bool isBreak = character == QChar::LineSeparator || character == QChar::ParagraphSeparator ||
+                             character == VariantSeparator;
         if (isBreak || (character >= u'\t' && character <= u'\r'))
             character = u' ';
     }
