@@ -122,7 +122,8 @@ QSize KyListViewDelegate::sizeHint(const QStyleOptionViewItem &option, const QMo
     if (!item || index.data(Qt::SizeHintRole).isValid())
         return size;
     const bool hasBox = index.data(Qt::CheckStateRole).isValid();
-    const int boxHeight = hasBox ? m_view->style()->pixelMetric(QStyle::PM_IndicatorHeight) : 0;
+    const int boxHeight =
+        hasBox ? m_view->style()->pixelMetric(QStyle::PM_IndicatorHeight, &option, m_view) : 0;
     const int height =
         std::max({m_view->fontMetrics().height(), item->itemPixmap(index.column()).height(), boxHeight});
     const int margins = 2 * m_view->itemMargin();

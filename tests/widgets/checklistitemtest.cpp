@@ -52,6 +52,7 @@ private slots:
     void spaceTurnsIt();
     void disabledRowDoesNotTurn();
     void rowsAreAsHighAsTheBox();
+    void rowsFollowTheBoxOfAStyleSheet();
 };
 
 void CheckListItemTest::newRowIsOff()
@@ -192,6 +193,14 @@ void CheckListItemTest::rowsAreAsHighAsTheBox()
     list.setFont(font);
     list.setAllDataNum(1);
     QCOMPARE(list.rowHeight(), list.style()->pixelMetric(QStyle::PM_IndicatorHeight) + 2);
+}
+
+void CheckListItemTest::rowsFollowTheBoxOfAStyleSheet()
+{
+    TextList list(2, true);
+    list.setAllDataNum(1);
+    list.setStyleSheet("QTreeView::indicator { width: 40px; height: 40px; }");
+    QCOMPARE(list.rowHeight(), 42);
 }
 
 QTEST_MAIN(CheckListItemTest)
