@@ -2,12 +2,15 @@
 
 #include "kylistviewitem.h"
 #include <algorithm>
+#include <optional>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
 
 namespace {
 
+constexpr int MostRows = 1000000; // some 200 MB
 // Of a long text as much counts for the width that a column would like to have, in code units.
 constexpr qsizetype MeasuredBeginning = 500;
 
@@ -19,7 +22,9 @@ public:
     bool autoLineStep = true;
     int lineStep = 3; ///< widths of the widest character
     int itemMargin = 1;
-    int paintedHeight = 0; ///< of the row that is being painted, 0 at other times
+    int paintedHeight = 0;         ///< of the row that is being painted, 0 at other times
+    bool isAsked = false;          ///< for the contents of a cell
+    std::optional<int> rowsToCome; ///< what setAllDataNum() was asked for meanwhile
 };
 
 /** Has the rows of a KyListView paint themselves. */
@@ -151,11 +156,34 @@ KyListView::~KyListView() = default;
 
 void KyListView::setAllDataNum(int n)
 {
+    if (d->isAsked)
+        setRowsLater(n);
+    else
+        setRows(n);
+}
+
+/** Whoever asks for a text, in the middle of a painting maybe, goes on with the rows that there are. */
+void KyListView::setRowsLater(int n)
+{
+    d->rowsToCome = n;
+    const auto setThem = [this] {
+        if (d->rowsToCome)
+            setAllDataNum(*d->rowsToCome);
+    };
+    QMetaObject::invokeMethod(this, setThem, Qt::QueuedConnection);
+}
+
+void KyListView::setRows(int n)
+{
+    d->rowsToCome.reset();
+    if (n > MostRows)
+        qWarning("KyListView: %d rows are too many", n);
+    const int count = std::clamp(n, 0, MostRows);
     if (topLevelItemCount() > 0)
         clear();
     QList<QTreeWidgetItem *> rows;
-    rows.reserve(std::max(n, 0));
-    for (int i = 0; i < n; ++i) {
+    rows.reserve(count);
+    for (int i = 0; i < count; ++i) {
         if (QTreeWidgetItem *row = newItem())
             rows.append(row);
     }
@@ -184,6 +212,18 @@ QString KyListView::itemText(int, int) const
 QPixmap KyListView::itemPixmap(int, int) const
 {
     return QPixmap();
+}
+
+QString KyListView::askForText(int line, int column) const
+{
+    const QScopedValueRollback asking(d->isAsked, true);
+    return itemText(line, column);
+}
+
+QPixmap KyListView::askForPixmap(int line, int column) const
+{
+    const QScopedValueRollback asking(d->isAsked, true);
+    return itemPixmap(line, column);
 }
 
 void KyListView::setAutoLineStep(bool on, int step)

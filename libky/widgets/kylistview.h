@@ -29,19 +29,20 @@ public:
     explicit KyListView(QWidget *parent = nullptr, const char *name = nullptr);
     ~KyListView() override;
 
-    /** Replaces all rows by @p n new ones; by none when it is below 1. */
+    /** Replaces all rows by @p n new ones: by none when it is below 1, by a million when it is more. Called
+     * from itemText() or itemPixmap(), it waits for the event loop. */
     void setAllDataNum(int n);
     /** Takes a row out and deletes it. @param item null for the current row, else the first; nothing happens
      * when there is none */
     void deleteItem(QTreeWidgetItem *item);
 
-    /** Text of a cell. @param line from 1. Empty here; to be overridden */
+    /** Text of a cell. @param line from 1. Empty here; to be overridden. No row may be deleted in it. */
     [[nodiscard]] virtual QString itemText(int line, int column) const;
     /** Pixmap in front of the text of a cell. @param line from 1. Null here; to be overridden */
     [[nodiscard]] virtual QPixmap itemPixmap(int line, int column) const;
 
-    /** Makes a row, which the view puts at its end and owns. A KyListViewItem here; a subclass may give
-     * KyCheckListItem or a class of its own. */
+    /** Makes a new row, which the view puts at its end and owns; null for none. A KyListViewItem here; a
+     * subclass may give KyCheckListItem or a class of its own. */
     [[nodiscard]] virtual QTreeWidgetItem *newItem();
 
     /** How far a step of the horizontal scroll bar goes. @param on whether setFont() sets it @param step in
@@ -63,6 +64,10 @@ private:
     friend class KyListViewDelegate;
     friend class KyListViewItem;
     Q_DISABLE_COPY_MOVE(KyListView)
+    void setRows(int n);
+    void setRowsLater(int n);
+    [[nodiscard]] QString askForText(int line, int column) const;
+    [[nodiscard]] QPixmap askForPixmap(int line, int column) const;
     void numberLines() const;
     [[nodiscard]] int heightOf(const KyListViewItem &item) const;
 

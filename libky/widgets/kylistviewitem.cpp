@@ -24,13 +24,13 @@ int KyListViewItem::lineNo() const
 QString KyListViewItem::itemText(int column) const
 {
     const int line = lineNo();
-    return line > 0 ? view()->itemText(line, column) : QString();
+    return line > 0 ? view()->askForText(line, column) : QString();
 }
 
 QPixmap KyListViewItem::itemPixmap(int column) const
 {
     const int line = lineNo();
-    return line > 0 ? view()->itemPixmap(line, column) : QPixmap();
+    return line > 0 ? view()->askForPixmap(line, column) : QPixmap();
 }
 
 int KyListViewItem::height(const QPainter &painter) const

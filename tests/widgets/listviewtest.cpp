@@ -5,6 +5,26 @@
 
 namespace {
 
+/** Wants five rows as soon as it is asked for something. */
+class ReplacingList : public TextList
+{
+public:
+    [[nodiscard]] QString itemText(int line, int column) const override
+    {
+        if (std::exchange(replaceForText, false))
+            const_cast<ReplacingList *>(this)->setAllDataNum(5);
+        return TextList::itemText(line, column);
+    }
+    [[nodiscard]] QPixmap itemPixmap(int line, int column) const override
+    {
+        if (std::exchange(replaceForPixmap, false))
+            const_cast<ReplacingList *>(this)->setAllDataNum(5);
+        return TextList::itemPixmap(line, column);
+    }
+    mutable bool replaceForText = false;
+    mutable bool replaceForPixmap = false;
+};
+
 QList<int> linesOf(const TextList &list)
 {
     QList<int> lines;
@@ -32,6 +52,9 @@ private slots:
     void rowsComeInOneGo();
     void newRowsLeaveTheColumns();
     void newRowsClearTheSelection();
+    void newRowsWaitWhileATextIsAskedFor_data();
+    void newRowsWaitWhileATextIsAskedFor();
+    void lastNumberOfRowsCounts();
 
     // lines
     void linesCountFromOne();
@@ -100,6 +123,7 @@ void ListViewTest::numberOfRows_data()
     QTest::newRow("below none") << -1 << 0;
     QTest::newRow("lowest") << INT_MIN << 0;
     QTest::newRow("many") << 50000 << 50000;
+    QTest::newRow("too many") << INT_MAX << 1000000;
 }
 
 void ListViewTest::numberOfRows()
@@ -184,6 +208,41 @@ void ListViewTest::newRowsClearTheSelection()
     list.setAllDataNum(5);
     QCOMPARE(list.selectedItems().size(), 0);
     QCOMPARE(list.currentItem(), nullptr);
+}
+
+void ListViewTest::newRowsWaitWhileATextIsAskedFor_data()
+{
+    QTest::addColumn<bool>("forText");
+    QTest::newRow("text") << true;
+    QTest::newRow("pixmap") << false;
+}
+
+void ListViewTest::newRowsWaitWhileATextIsAskedFor()
+{
+    QFETCH(bool, forText);
+    ReplacingList list;
+    list.setAllDataNum(50);
+    list.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&list));
+    list.replaceForText = forText;
+    list.replaceForPixmap = !forText;
+    const QTreeWidgetItem *first = list.topLevelItem(0);
+    (void)list.grab();
+    QVERIFY(!list.replaceForText && !list.replaceForPixmap);
+    QCOMPARE(list.topLevelItem(0), first);
+    QCOMPARE(list.topLevelItemCount(), 50);
+    QTRY_COMPARE_WITH_TIMEOUT(list.topLevelItemCount(), 5, 10000);
+}
+
+void ListViewTest::lastNumberOfRowsCounts()
+{
+    ReplacingList list;
+    list.setAllDataNum(50);
+    list.replaceForText = true;
+    QCOMPARE(list.topLevelItem(0)->text(0), "1.0");
+    list.setAllDataNum(7);
+    QCoreApplication::processEvents();
+    QCOMPARE(list.topLevelItemCount(), 7);
 }
 
 void ListViewTest::linesCountFromOne()
