@@ -59,6 +59,25 @@ public:
         this->row(row)->paintCell(&painter, palette(), column, width, align);
         return image;
     }
+
+    /** The cell of the first row in the second column, and what drawText() makes of its text. */
+    [[nodiscard]] std::pair<QImage, QImage> besidePlainText(Qt::LayoutDirection direction,
+                                                            Qt::Alignment align)
+    {
+        QImage image(Width, rowHeight(), QImage::Format_RGB32);
+        QImage plain = image;
+        plain.fill(Base);
+        QPainter painter(&image), plainPainter(&plain);
+        for (QPainter *each : {&painter, &plainPainter}) {
+            each->setFont(font());
+            each->setLayoutDirection(direction);
+        }
+        row(0)->paintCell(&painter, palette(), 1, Width, align);
+        const QString text = elidedText(itemText(1, 1), painter.fontMetrics(), Width, itemMargin());
+        plainPainter.drawText(QRect(itemMargin(), 0, Width - itemMargin(), plain.height()),
+                              int(align) | Qt::TextSingleLine, text);
+        return {image, plain};
+    }
 };
 
 /** A picture of a cell, put together by hand. */
@@ -167,6 +186,8 @@ private slots:
     void textHasItsVerticalPlace();
     void textOnTheRight();
     void textInTheMiddle();
+    void textIsDrawnAsPlainText_data();
+    void textIsDrawnAsPlainText();
     void pixmapStandsInFrontOfTheText();
     void pixmapWithoutText();
     void selectionFillsTheFirstColumn();
@@ -271,6 +292,41 @@ void ListPaintingTest::textInTheMiddle()
     const int room = Width - 1 - QFontMetrics(testFont()).horizontalAdvance("even");
     QCOMPARE(list.painted(1, Width, Qt::AlignHCenter),
              Picture(list, Width).draw(1 + room / 2, "even").image());
+}
+
+void ListPaintingTest::textIsDrawnAsPlainText_data()
+{
+    QTest::addColumn<QString>("text");
+    const QString hebrew = QStringLiteral("\u05D0\u05D1\u05D2 (12)");
+    QTest::newRow("none") << "";
+    QTest::newRow("letters") << "Ag fi";
+    QTest::newRow("Japanese") << QStringLiteral("A\u6771 \uFF76\uFF9E");
+    QTest::newRow("from right to left") << hebrew;
+    QTest::newRow("from both sides") << QStringLiteral("a ") + hebrew + QStringLiteral(" b");
+    QTest::newRow("blanks at both ends") << "  a  ";
+    QTest::newRow("marks") << QStringLiteral("e\u0301\u304B\u3099");
+    QTest::newRow("picture") << QString::fromUcs4(U"a\U0001F600b");
+    QTest::newRow("too wide") << QStringLiteral("Ag W ").repeated(9);
+    QTest::newRow("too wide and from right to left") << hebrew.repeated(5);
+}
+
+void ListPaintingTest::textIsDrawnAsPlainText()
+{
+    QFETCH(QString, text);
+    PaintedList list;
+    list.pixmaps[{1, 0}] = plainPixmap(4, 31);
+    list.texts[{1, 1}] = text;
+    for (const QFont &font : {testFont(), QFont("DejaVu Sans", 11), QFont("IPAPGothic", 17)}) {
+        list.setFont(font);
+        for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+            for (const int side : {Qt::AlignLeft, Qt::AlignRight, Qt::AlignHCenter, Qt::AlignJustify}) {
+                for (const int height : {Qt::AlignTop, Qt::AlignVCenter, Qt::AlignBottom}) {
+                    const auto [image, plain] = list.besidePlainText(direction, Qt::Alignment(side | height));
+                    QCOMPARE(image, plain);
+                }
+            }
+        }
+    }
 }
 
 void ListPaintingTest::pixmapStandsInFrontOfTheText()
