@@ -3,6 +3,7 @@
 #include "kylistviewitem.h"
 #include <algorithm>
 #include <optional>
+#include <QEvent>
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
