@@ -1,4 +1,5 @@
 #include "textlist.h"
+#include <QAccessible>
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QtTest>
@@ -61,6 +62,7 @@ private slots:
     void linesFollowARowThatGoes();
     void linesFollowARowThatComes();
     void rowsOfOtherClassesCount();
+    void hiddenRowsCount();
     void rowInNoView();
     void rowBelowAnother();
     void rowOfAnotherKindOfTree();
@@ -73,6 +75,8 @@ private slots:
     void otherRolesAreStored();
     void textIsNotStored();
     void typingFindsARow();
+    void keysMoveThroughTheRows();
+    void cellsAreNamedForAccessibility();
 
     // deletion
     void deletionOfARow();
@@ -284,6 +288,16 @@ void ListViewTest::rowsOfOtherClassesCount()
     QCOMPARE(list.topLevelItem(2)->text(0), "3.0");
 }
 
+void ListViewTest::hiddenRowsCount()
+{
+    TextList list;
+    list.setAllDataNum(3);
+    list.topLevelItem(0)->setHidden(true);
+    QCOMPARE(list.row(0)->lineNo(), 1);
+    QCOMPARE(list.row(2)->lineNo(), 3);
+    QCOMPARE(list.rowHeight(1), list.fontMetrics().height() + 2);
+}
+
 void ListViewTest::rowInNoView()
 {
     TextList list;
@@ -393,6 +407,41 @@ void ListViewTest::typingFindsARow()
     list.setCurrentItem(list.topLevelItem(0));
     QTest::keyClicks(&list, "wan");
     QCOMPARE(list.currentItem(), list.topLevelItem(14));
+}
+
+void ListViewTest::keysMoveThroughTheRows()
+{
+    TextList list;
+    list.setAllDataNum(5000);
+    list.resize(300, 200);
+    list.show();
+    list.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&list));
+    const auto rowBehind = [&](Qt::Key key) {
+        QTest::keyClick(&list, key);
+        return list.indexOfTopLevelItem(list.currentItem());
+    };
+    list.setCurrentItem(list.topLevelItem(0));
+    QCOMPARE(rowBehind(Qt::Key_Down), 1);
+    const int nextPage = rowBehind(Qt::Key_PageDown);
+    QVERIFY(nextPage > 5);
+    QVERIFY(rowBehind(Qt::Key_PageUp) < nextPage - 4);
+    QCOMPARE(rowBehind(Qt::Key_End), 4999);
+    QCOMPARE(rowBehind(Qt::Key_Up), 4998);
+    QCOMPARE(rowBehind(Qt::Key_Home), 0);
+    QCOMPARE(list.selectedItems(), QList<QTreeWidgetItem *>{list.topLevelItem(0)});
+}
+
+void ListViewTest::cellsAreNamedForAccessibility()
+{
+    TextList list;
+    list.setAllDataNum(3);
+    list.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&list));
+    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&list);
+    QVERIFY(accessible && accessible->tableInterface());
+    QCOMPARE(accessible->tableInterface()->rowCount(), 3);
+    QCOMPARE(accessible->tableInterface()->cellAt(2, 1)->text(QAccessible::Name), "3.1");
 }
 
 void ListViewTest::deletionOfARow()
