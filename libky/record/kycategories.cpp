@@ -70,6 +70,13 @@ KyCategoriesPrivate::KyCategoriesPrivate()
 
 bool KyCategoriesPrivate::open()
 {
+    const bool isOpen = waitForTable();
+    isReachable = isOpen || !QFile::exists(KyCategories::boxFileName());
+    return isOpen;
+}
+
+bool KyCategoriesPrivate::waitForTable()
+{
     const QDeadlineTimer end(hasWaitedInVain ? 0 : LongestWait);
     hasWaitedInVain = false;
     while (!tryOpen()) {
@@ -281,6 +288,11 @@ QStringList KyCategories::labels(bool withUnfiled) const
     if (withUnfiled)
         names.append(tr("Unfiled"));
     return names;
+}
+
+bool KyCategories::isReachable() const
+{
+    return d->isReachable;
 }
 
 bool KyCategories::exists(const QString &name) const

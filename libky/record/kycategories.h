@@ -57,6 +57,9 @@ public:
     [[nodiscard]] QString label(int id) const; ///< the name; null for an unknown id
     /** All names in text order. @param withUnfiled tr("Unfiled") at the end */
     [[nodiscard]] QStringList labels(bool withUnfiled) const;
+    /** False when the last call that looked into the table could not open it, although there is one: what it
+     * took for unknown may exist. */
+    [[nodiscard]] bool isReachable() const;
     [[nodiscard]] bool exists(const QString &name) const; ///< true for tr("Unfiled"), too
     /** True for tr("Unfiled"), too. */
     [[nodiscard]] bool isSystemCategory(const QString &name) const;

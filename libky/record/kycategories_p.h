@@ -15,6 +15,7 @@ public:
 
     std::unique_ptr<KyPDataManager> manager;
     quint8 thirdAttribute = 0; ///< passed through to KyPDataManager::search()
+    bool isReachable = true;   ///< at the last open(); also where there is no table
 
     /** Opens the table, unless it is open. One that another application has is waited for, a second at
      * most: nobody keeps it for longer than a call. Where one does all the same, the next calls wait no
@@ -53,6 +54,7 @@ private:
     bool hasWaitedInVain = false; ///< at the last open()
 
     [[nodiscard]] unsigned long searchTerm(const QByteArray &term);
+    [[nodiscard]] bool waitForTable();
     [[nodiscard]] bool tryOpen();
 };
 

@@ -1,21 +1,11 @@
 #include "kycategorycombo.h"
-#include "kycategories.h"
-#include "kypdatamanager.h"
+#include "categoryrows_p.h"
 #include <QAbstractItemView>
-#include <QFile>
 
 namespace {
 
 constexpr int NoCategory = -2;    // what currentCategory() gives for no row
 constexpr int NarrowestWidth = 8; // characters
-
-/** False also for a table that can't be read. */
-bool isTableEmpty()
-{
-    const QByteArray path = QFile::encodeName(KyCategories::boxFileName());
-    return !QFile::exists(KyCategories::boxFileName()) ||
-           KyPDataManager(path.constData(), nullptr, true).count() == 0;
-}
 
 } // namespace
 
@@ -27,43 +17,26 @@ public:
     QString visibleName;
     KyCategories categories{nullptr};
 
+    bool areAll = true; ///< false where the table was out of reach: there may be other categories
+
     /** Reads the categories and their ids. @return the names, with the unfiled one last */
     QStringList readCategories();
     /** Those of some ids that exist, each once. */
     [[nodiscard]] QList<int> existing(const QList<int> &someIds) const;
-
-private:
-    QStringList readOneByOne(const QStringList &names);
 };
 
 QStringList KyCategoryComboPrivate::readCategories()
 {
-    const QStringList names = categories.labels(true);
-    ids = categories.ids(names);
-    return ids.size() == names.size() ? names : readOneByOne(names);
-}
-
-/** Another application has removed a category since its name was read, or keeps the table: leaves out what
- * has no id, so that rows and ids stay together. */
-QStringList KyCategoryComboPrivate::readOneByOne(const QStringList &names)
-{
-    QStringList known;
-    ids.clear();
-    for (const QString &name : names.first(names.size() - 1)) {
-        if (const int id = categories.id(name)) {
-            known.append(name);
-            ids.append(id);
-        }
-    }
-    ids.append(UnfiledCategoryId);
-    return known << names.last();
+    const CategoryRows rows(categories);
+    areAll = rows.areAll;
+    ids = rows.ids + QList<int>{UnfiledCategoryId};
+    return rows.names + QStringList{categories.label(UnfiledCategoryId)};
 }
 
 QList<int> KyCategoryComboPrivate::existing(const QList<int> &someIds) const
 {
-    const bool onlyUnfiled = ids.size() == 1;
-    if (onlyUnfiled && !isTableEmpty())
-        return someIds; // nothing could be read: the record must not lose its list by that
+    if (!areAll)
+        return someIds;
     QList<int> found;
     for (const int id : someIds) {
         if (ids.contains(id) && !found.contains(id))

@@ -1,4 +1,5 @@
 #include "kycategoryedit.h"
+#include "categoryrows_p.h"
 #include "kycategorydialog.h"
 #include "kycategoryedit_p.h"
 #include "kymisc.h"
@@ -13,6 +14,7 @@ namespace {
 constexpr char SystemChannel[] = "QPE/System";
 constexpr char CategoryChange[] = "categoryChange(QString)";
 constexpr int LowHeight = 130; // times the scale
+constexpr int IdRole = Qt::UserRole;
 
 /** Asks the user for the name of a category. @return an empty text when there is none */
 QString askForName(const QString &caption, const QString &prompt, const QString &name,
@@ -20,16 +22,6 @@ QString askForName(const QString &caption, const QString &prompt, const QString 
 {
     KyCategoryDialog dialog(parent, caption, prompt, name, categories);
     return dialog.exec() == QDialog::Accepted ? dialog.text() : QString();
-}
-
-/** The names of those ids that are known. Other applications change the table, so that the ids of all names,
- * read later than the names, might leave some out. */
-QStringList namesOf(const QList<int> &ids, const KyCategories &categories)
-{
-    QStringList names;
-    for (const int id : ids)
-        names.append(categories.label(id));
-    return names;
 }
 
 } // namespace
@@ -55,18 +47,25 @@ void KyCategoryEdit::setCategories(const QList<int> &ids, const QString &appName
     if (!d)
         d = std::make_unique<KyCategoryEditPrivate>();
     d->appName = appName;
-    const QStringList names = d->categories->labels(false);
-    const QStringList checked = namesOf(ids, *d->categories);
+    const CategoryRows rows(*d->categories);
+    d->unlisted.clear();
+    for (const int id : ids) {
+        if (!rows.areAll && !rows.ids.contains(id))
+            d->unlisted.append(id);
+    }
     lvView->clear();
     lvView->setSortingEnabled(false);
-    for (const QString &name : names)
-        appendItem(name, checked.contains(name) ? Qt::Checked : Qt::Unchecked);
+    for (int row = 0; row < rows.names.size(); ++row) {
+        const int id = rows.ids.at(row);
+        appendItem(rows.names.at(row), id, ids.contains(id) ? Qt::Checked : Qt::Unchecked);
+    }
     selectItem(lvView->topLevelItem(0));
 }
 
-QTreeWidgetItem *KyCategoryEdit::appendItem(const QString &name, Qt::CheckState state)
+QTreeWidgetItem *KyCategoryEdit::appendItem(const QString &name, int id, Qt::CheckState state)
 {
     auto *item = new QTreeWidgetItem(lvView, {name});
+    item->setData(0, IdRole, id);
     item->setCheckState(0, state);
     return item;
 }
@@ -104,8 +103,9 @@ void KyCategoryEdit::slotAdd()
     if (!d)
         return;
     const QString name = askForName(tr("Add"), tr("Type new category name"), QString(), d.get(), this);
-    if (!name.isEmpty() && d->categories->addCategory(name))
-        selectItem(appendItem(name, Qt::Unchecked));
+    const int id = name.isEmpty() ? 0 : d->categories->addCategory(name);
+    if (id)
+        selectItem(appendItem(name, id, Qt::Unchecked));
 }
 
 void KyCategoryEdit::slotRename()
@@ -166,13 +166,17 @@ QList<int> KyCategoryEdit::newCategories()
 {
     if (!d)
         return {};
-    QStringList checked;
-    for (QTreeWidgetItemIterator item(lvView, QTreeWidgetItemIterator::Checked); *item; ++item)
-        checked.append((*item)->text(0));
-    const QList<int> ids = d->categories->ids(checked);
+    QStringList names;
+    QList<int> idsOfRows;
+    for (QTreeWidgetItemIterator item(lvView, QTreeWidgetItemIterator::Checked); *item; ++item) {
+        names.append((*item)->text(0));
+        idsOfRows.append((*item)->data(0, IdRole).toInt());
+    }
+    const QList<int> ids = d->categories->ids(names);
+    const QList<int> checked = d->categories->isReachable() ? ids : idsOfRows;
     QCopEnvelope message(SystemChannel, CategoryChange);
     message << d->appName;
-    return ids;
+    return checked + d->unlisted;
 }
 
 void KyCategoryEdit::accept()

@@ -27,9 +27,10 @@ public:
     /** Lists all categories. @param ids those that are checked @param appName of the application, which
      * messages carry @param visibleName of the application, for people */
     void setCategories(const QList<int> &ids, const QString &appName, const QString &visibleName);
-    /** The ids of those that are checked and still exist, in the order of the list. Sends the message
-     * `categoryChange(QString)` with the application's name on "QPE/System". Empty, with no message, before
-     * setCategories(). */
+    /** The ids of those that are checked and still exist, in the order of the list. Where the table can't be
+     * read, all that are checked count as existing; behind them come those of the record that could not be
+     * listed. Sends the message `categoryChange(QString)` with the application's name on "QPE/System". Empty,
+     * with no message, before setCategories(). */
     QList<int> newCategories();
 
 public slots:
@@ -46,7 +47,7 @@ public slots:
 
 private:
     Q_DISABLE_COPY_MOVE(KyCategoryEdit)
-    QTreeWidgetItem *appendItem(const QString &name, Qt::CheckState state);
+    QTreeWidgetItem *appendItem(const QString &name, int id, Qt::CheckState state);
     [[nodiscard]] QTreeWidgetItem *itemOf(const QString &name) const;
     void selectItem(QTreeWidgetItem *item);
     [[nodiscard]] bool isRemovalWanted();

@@ -3,6 +3,7 @@
 
 #include "kycategories.h"
 #include <memory>
+#include <QList>
 #include <QString>
 
 class QTreeWidgetItem;
@@ -15,6 +16,7 @@ public:
     std::unique_ptr<KyCategories> categories = std::make_unique<KyCategories>();
     QTreeWidgetItem *selected = nullptr;
     QString appName;
+    QList<int> unlisted; ///< categories of the record without a row, since the table was out of reach
 };
 
 #endif

@@ -775,6 +775,7 @@ void KyCategoriesTest::missingTable()
     QVERIFY(!categories.exists("a"));
     QVERIFY(!categories.isSystemCategory("a"));
     QVERIFY(!categories.isSystemCategory(1));
+    QVERIFY(categories.isReachable()); // nothing is kept from it
     QVERIFY(!QFile::exists(KyCategories::boxFileName()));
     QVERIFY(makeTable());
 }
@@ -799,7 +800,9 @@ void KyCategoriesTest::tableThatIsHeldForGoodGivesUnknown()
     KyCategories categories(nullptr);
     const uint32_t handle = _BoxOpenRwMode(TableBox, 0);
     QVERIFY(handle);
+    QVERIFY(categories.isReachable());
     QCOMPARE(categories.id("2"), 0);
+    QVERIFY(!categories.isReachable());
     QCOMPARE(categories.addCategory("new"), 0);
     opens = 0;
     for (int id = 1; id <= 30; ++id)
@@ -807,6 +810,7 @@ void KyCategoriesTest::tableThatIsHeldForGoodGivesUnknown()
     QCOMPARE(opens, 30 * 9); // the attempts of one open() each: the first wait was enough
     QCOMPARE(_BoxCloseEx(handle, 1), PdtmStatus(PdtmOk));
     QCOMPARE(categories.id("2"), 2);
+    QVERIFY(categories.isReachable());
     ChildProcess holder({"table"});
     QCOMPARE(holder.readLine(), "held");
     QCOMPARE(categories.id("2"), 2); // and it waits again

@@ -133,10 +133,22 @@ public:
     using KyCategoryEditBase::lvView;
 };
 
-/** RENAMED NEW REMOVED: another application that renames one category and removes another. */
+/** Another application that keeps the table until the end of input. */
+int keepTable()
+{
+    const uint32_t handle = _BoxOpenRwMode(TableBox, 0);
+    ChildProcess::say(handle ? "kept" : "failed");
+    const ChildInput input([](const QByteArray &) {});
+    const int code = QCoreApplication::exec();
+    return _BoxCloseEx(handle, 1) == PdtmOk ? code : 1;
+}
+
+/** "keep", or RENAMED NEW REMOVED: another application that renames one category and removes another. */
 int childMain(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
+    if (argc > 1 && qstrcmp(argv[1], "keep") == 0)
+        return keepTable();
     if (argc < 4)
         return 2;
     KyCategories categories;
@@ -226,6 +238,8 @@ private slots:
     void newCategoriesSendsTheNameAsAText();
     void acceptSendsTheNameAsACString();
     void categoriesOfAnotherApplicationsChangesAreDropped();
+    void checkedOnesCountWhileAnotherKeepsTheTable();
+    void recordKeepsItsCategoriesWhenTheTableIsKeptAtFirst();
 };
 
 void CategoryEditTest::init()
@@ -915,6 +929,34 @@ void CategoryEditTest::categoriesOfAnotherApplicationsChangesAreDropped()
     QCOMPARE(other.finish(), 0);
     QCOMPARE(editing.form.checked(), (Names{"Business", "Friends", "Travel"}));
     QCOMPARE(editing.edit.newCategories(), QList<int>{3});
+}
+
+void CategoryEditTest::checkedOnesCountWhileAnotherKeepsTheTable()
+{
+    Editing editing({1, 3});
+    const CategoryRobot robot({"Clubs"});
+    editing.form.add->click();
+    editing.form.list->topLevelItem(3)->setCheckState(0, Qt::Checked);
+    editing.form.list->topLevelItem(0)->setCheckState(0, Qt::Unchecked);
+    ChildProcess other({"keep"});
+    QCOMPARE(other.readLine(), "kept");
+    QCOMPARE(editing.edit.newCategories(), (QList<int>{3, 4}));
+    QCOMPARE(other.finish(), 0);
+    QVERIFY(KyCategories().removeCategory("Travel"));
+    QCOMPARE(editing.edit.newCategories(), QList<int>{4});
+}
+
+void CategoryEditTest::recordKeepsItsCategoriesWhenTheTableIsKeptAtFirst()
+{
+    ChildProcess other({"keep"});
+    QCOMPARE(other.readLine(), "kept");
+    Editing editing({3, 1});
+    QCOMPARE(editing.form.names(), Names());
+    QCOMPARE(editing.edit.newCategories(), (QList<int>{3, 1}));
+    QCOMPARE(other.finish(), 0);
+    QCOMPARE(editing.edit.newCategories(), (QList<int>{3, 1}));
+    editing.edit.setCategories({3, 1, 99}, "addressbook", "Address Book");
+    QCOMPARE(editing.edit.newCategories(), (QList<int>{1, 3}));
 }
 
 KY_TEST_MAIN_WITH_CHILD(CategoryEditTest, childMain)
