@@ -2,10 +2,11 @@
 #include "categories.h"
 #include "kycategoryedit_p.h"
 #include "kymisc.h"
+#include "warning_p.h"
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
+#include <QPointer>
 
 namespace {
 
@@ -62,7 +63,10 @@ void KyCategoryDialog::done(int result)
         m_text = name;
         return QDialog::done(Accepted);
     }
-    QMessageBox::warning(this, tr("Error"), reason);
+    const QPointer<KyCategoryDialog> self(this);
+    showWarning(this, tr("Error"), reason);
+    if (!self)
+        return;
     edit->selectAll();
     edit->setFocus();
 }

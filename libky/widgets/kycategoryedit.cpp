@@ -4,7 +4,8 @@
 #include "kycategoryedit_p.h"
 #include "kymisc.h"
 #include "qcopenvelope.h"
-#include <QMessageBox>
+#include "warning_p.h"
+#include <QPointer>
 #include <QPushButton>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
@@ -16,12 +17,16 @@ constexpr char CategoryChange[] = "categoryChange(QString)";
 constexpr int LowHeight = 130; // times the scale
 constexpr int IdRole = Qt::UserRole;
 
-/** Asks the user for the name of a category. @return an empty text when there is none */
+/** Asks the user for the name of a category. What happens meanwhile may delete the parent. @return an empty
+ * text when there is none */
 QString askForName(const QString &caption, const QString &prompt, const QString &name,
                    KyCategoryEditPrivate *categories, QWidget *parent)
 {
-    KyCategoryDialog dialog(parent, caption, prompt, name, categories);
-    return dialog.exec() == QDialog::Accepted ? dialog.text() : QString();
+    const QPointer<KyCategoryDialog> dialog = new KyCategoryDialog(parent, caption, prompt, name, categories);
+    const bool isAccepted = dialog->exec() == QDialog::Accepted;
+    const QString answer = dialog && isAccepted ? dialog->text() : QString();
+    delete dialog;
+    return answer;
 }
 
 } // namespace
@@ -151,15 +156,11 @@ void KyCategoryEdit::removeItem(const QString &name)
 bool KyCategoryEdit::isRemovalWanted()
 {
     if (d->categories->isSystemCategory(currentText)) {
-        QMessageBox::warning(this, tr("Error"), tr("You can't delete this category"));
+        showWarning(this, tr("Error"), tr("You can't delete this category"));
         return false;
     }
-    QMessageBox box(QMessageBox::Warning, tr("Delete category"),
-                    tr("Are you sure you want to delete\n this category?"),
-                    QMessageBox::Yes | QMessageBox::No, this);
-    box.setDefaultButton(QMessageBox::No);
-    box.setEscapeButton(QMessageBox::No);
-    return box.exec() == QMessageBox::Yes;
+    return showWarning(this, tr("Delete category"), tr("Are you sure you want to delete\n this category?"),
+                       QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
 }
 
 QList<int> KyCategoryEdit::newCategories()

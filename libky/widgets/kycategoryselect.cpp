@@ -5,12 +5,12 @@
 #include "kypdatamanager.h"
 #include "qcopenvelope.h"
 #include "resource.h"
+#include "warning_p.h"
 #include <optional>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFile>
 #include <QHBoxLayout>
-#include <QMessageBox>
 #include <QPointer>
 #include <QToolButton>
 #include <utility>
@@ -228,7 +228,7 @@ void KyCategorySelect::slotDialog()
     EditingMarker marker;
     if (!marker.isMine()) {
         if (marker.exists())
-            QMessageBox::warning(this, tr("Error"), tr("Now, other application is\nediting categories."));
+            showWarning(this, tr("Error"), tr("Now, other application is\nediting categories."));
         return;
     }
     const QPointer<KyCategorySelect> self(this); // what happens during the dialog may delete it
