@@ -48,6 +48,7 @@ private slots:
     void failsWhereRootCannotBeWritten();
     void failsWhereFilesCannotBeKept();
     void removesMarkerOfCategoryEditing();
+    void removesMarkerThatLeadsNowhere();
 };
 
 void KyPlatformDTest::init()
@@ -228,6 +229,15 @@ void KyPlatformDTest::failsWhereFilesCannotBeKept()
     QCOMPARE(service.errors(), "kyplatformd: cannot write " + QFile::encodeName(profile) +
                                    "/proc/apm: its folder cannot be made\n");
     QVERIFY(!QFileInfo(procLink()).isSymLink());
+}
+
+void KyPlatformDTest::removesMarkerThatLeadsNowhere()
+{
+    const QString marker = QDir::homePath() + "/.cateditting";
+    QVERIFY(QFile::link(QDir::homePath() + "/nowhere", marker));
+    PlatformService service;
+    QVERIFY(service.isReady());
+    QVERIFY(!QFileInfo(marker).isSymLink());
 }
 
 void KyPlatformDTest::removesMarkerOfCategoryEditing()

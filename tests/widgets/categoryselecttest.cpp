@@ -121,6 +121,7 @@ private slots:
     void markerIsThereDuringTheDialog();
     void acceptedListIsTaken();
     void acceptedWithNothingChecked();
+    void acceptedWhileTheTableIsKept();
     void acceptedWithoutChangeIsSilent();
     void acceptedWithAnotherListOfTheSameFirst();
     void acceptedKeepsAllWhereNothingIsChecked();
@@ -574,6 +575,21 @@ void CategorySelectTest::acceptedWithNothingChecked()
     QCOMPARE(select.currentCategories(), QList<int>());
     QCOMPARE(select.currentCategory(), UnfiledCategoryId);
     QCOMPARE(selections, QList<QVariantList>{{UnfiledCategoryId}});
+}
+
+void CategorySelectTest::acceptedWhileTheTableIsKept()
+{
+    KyCategorySelect select({m_work, m_home}, Application);
+    uint32_t handle = 0;
+    const EditDialogRobot robot([&](const SeenDialog &dialog) {
+        dialog.check("club");
+        handle = _BoxOpenRwMode(TableBox, 0);
+        dialog.accept();
+    });
+    select.slotDialog();
+    QVERIFY(handle);
+    QCOMPARE(_BoxCloseEx(handle, 1), PdtmOk);
+    QCOMPARE(select.currentCategories(), (QList<int>{m_club, m_home, m_work}));
 }
 
 void CategorySelectTest::acceptedWithoutChangeIsSilent()
