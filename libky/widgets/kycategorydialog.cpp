@@ -24,6 +24,13 @@ void place(QWidget *widget, const QRect &area)
     widget->setGeometry(QRect(area.topLeft() * scale, area.size() * scale));
 }
 
+/** Without the half of a character that the end of the line has left of a pasted one. */
+QString wholeCharacters(const QString &text)
+{
+    const bool isCut = text.size() == LongestName && text.back().isHighSurrogate();
+    return isCut ? text.chopped(1) : text;
+}
+
 } // namespace
 
 KyCategoryDialog::KyCategoryDialog(QWidget *parent, const QString &caption, const QString &prompt,
@@ -57,7 +64,7 @@ void KyCategoryDialog::done(int result)
 {
     if (result != Accepted)
         return QDialog::done(result);
-    const QString name = edit->text().trimmed();
+    const QString name = wholeCharacters(edit->text()).trimmed();
     const QString reason = refusal(name);
     if (reason.isNull()) {
         m_text = name;

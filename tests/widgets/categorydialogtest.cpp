@@ -58,6 +58,7 @@ private slots:
     void lineHasTheFocusAndIsSelected();
     void promptIsPlainText();
     void nameIsLimitedTo48Characters();
+    void characterCutAtTheLimitIsDropped();
     void enterAcceptsTheName();
     void escapeChangesNothing();
     void buttonsAcceptAndReject();
@@ -155,6 +156,21 @@ void CategoryDialogTest::nameIsLimitedTo48Characters()
     type(asked, QString(60, 'x'));
     press(asked, Qt::Key_Return);
     QCOMPARE(asked.dialog.text(), QString(48, 'x'));
+}
+
+void CategoryDialogTest::characterCutAtTheLimitIsDropped()
+{
+    const QString smile = QString::fromUtf8("\xF0\x9F\x98\x80");
+    const MessageRobot robot;
+    const Asked fitting;
+    fitting.line->insert(QString(46, 'x') + smile);
+    press(fitting, Qt::Key_Return);
+    QCOMPARE(fitting.dialog.text(), QString(46, 'x') + smile);
+    const Asked cut;
+    cut.line->insert(QString(47, 'x') + smile);
+    press(cut, Qt::Key_Return);
+    QCOMPARE(cut.dialog.text(), QString(47, 'x'));
+    QVERIFY(robot.boxes().isEmpty());
 }
 
 void CategoryDialogTest::enterAcceptsTheName()
