@@ -73,7 +73,8 @@ signals:
 public slots:
     /** Opens the dialog, unless another application has it open: that is told to the user. Returns when it is
      * closed. What is changed in the list of categories is so at once, for a dialog that is cancelled, too;
-     * `categoryChange(QString)` tells others of it in either case. In a HOME that can't be written nothing happens. */
+     * `categoryChange(QString)` tells others of it in either case. In a HOME that can't be written nothing
+     * happens. */
     void slotDialog();
 
 private slots:
