@@ -12,8 +12,8 @@ constexpr int MostShown = 2000; // cells, more than any screen has
 
 } // namespace
 
-CardList::CardList(Book *book, QList<CardColumn> columns, QWidget *parent)
-    : KyDbListView(parent), m_book(book), m_columns(std::move(columns)), m_shown(MostShown)
+CardList::CardList(Book *book, QList<CardColumn> columns, int nameColumn)
+    : m_book(book), m_columns(std::move(columns)), m_nameColumn(nameColumn), m_shown(MostShown)
 {
     QList<KyDbListViewColumn> items;
     for (const CardColumn &column : m_columns) {
@@ -32,6 +32,8 @@ CardList::CardList(Book *book, QList<CardColumn> columns, QWidget *parent)
 
 void CardList::showView(unsigned long card)
 {
+    if (!m_book->isAvailable())
+        return;
     m_shown.clear();
     setDb(m_book->box());
     setCurrentCardId(card);
@@ -62,6 +64,16 @@ QString CardList::itemText(int line, int column) const
     const QString text = read(line, column);
     m_shown.insert(cell, new QString(text));
     return text;
+}
+
+/* The search reads so many rows that those in sight may have to be read again, to be there when the box is
+ * lent. */
+void CardList::keyboardSearch(const QString &search)
+{
+    selectionModel()->setCurrentIndex(currentIndex().siblingAtColumn(m_nameColumn),
+                                      QItemSelectionModel::NoUpdate);
+    KyDbListView::keyboardSearch(search);
+    triggerUpdate();
 }
 
 /* The book tells of its new view, or keeps its order for later. */

@@ -24,17 +24,22 @@ class CardList : public KyDbListView
 {
     Q_OBJECT
 public:
-    /** @param columns of fields of the book */
-    CardList(Book *book, QList<CardColumn> columns, QWidget *parent = nullptr);
+    /** @param columns of fields of the book @param nameColumn the one that tells the cards apart */
+    CardList(Book *book, QList<CardColumn> columns, int nameColumn = 0);
 
-    /** Makes the rows anew from the book's view. @param card to be selected, see setCurrentCardId() */
+    /** Makes the rows anew from the book's view, unless the box is lent. @param card to be selected, see
+     * setCurrentCardId() */
     void showView(unsigned long card);
 
     /** What stands in the place of the rows when there is none. */
     void setPlaceholder(const QString &text);
     [[nodiscard]] QString placeholder() const { return m_placeholder; }
 
+    [[nodiscard]] int nameColumn() const { return m_nameColumn; }
+
     [[nodiscard]] QString itemText(int line, int column) const override;
+    /** Goes by the column of names, whichever cell is the current one. */
+    void keyboardSearch(const QString &search) override;
     /** Sets the order of the book. */
     void sort(int column, bool ascending) override;
 
@@ -49,6 +54,7 @@ private:
 
     Book *m_book;
     QList<CardColumn> m_columns;
+    int m_nameColumn;
     mutable QCache<QPair<int, int>, QString> m_shown; ///< by line and column
     QString m_placeholder;
 };

@@ -23,6 +23,7 @@
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <utility>
 
 CardsPage::CardsPage(const BoxKind &kind, CategoryTable *table, PageWords words, QWidget *parent)
     : QWidget(parent), m_words(std::move(words)), m_table(table), m_book(new Book(kind, this)),
@@ -33,10 +34,9 @@ CardsPage::CardsPage(const BoxKind &kind, CategoryTable *table, PageWords words,
     layout->addWidget(m_stack);
 }
 
-void CardsPage::begin(CardList *list, int nameColumn, CardForm *form)
+void CardsPage::begin(CardList *list, CardForm *form)
 {
     m_list = list;
-    m_nameColumn = nameColumn;
     m_form = form;
     m_stack->addWidget(makeList());
     m_stack->addWidget(m_form);
@@ -196,23 +196,22 @@ void CardsPage::focusList()
     m_list->setFocus();
 }
 
-/* The list stays in its place, so that a second click hits the same row. */
 void CardsPage::showAnew()
 {
-    const int place = m_list->verticalScrollBar()->value();
     showCard(m_card);
-    m_list->verticalScrollBar()->setValue(place);
-    m_list->scrollToItem(m_list->currentItem());
 }
 
-/* Shows the card where it stands now, else the first one. Of the rows that come and go none is chosen by the
- * user. */
+/* Shows the card where it stands now, else the first one. The list stays in its place where it can, so that a
+ * second click hits the same row. Of the rows that come and go none is chosen by the user. */
 void CardsPage::showCard(unsigned long card)
 {
+    const int place = m_list->verticalScrollBar()->value();
     {
         const QSignalBlocker blocker(m_list);
         m_list->showView(m_book->rowOf(card) < 0 ? 0 : card);
     }
+    m_list->verticalScrollBar()->setValue(place);
+    m_list->scrollToItem(m_list->currentItem());
     showSelected();
 }
 
@@ -256,7 +255,7 @@ void CardsPage::updateState()
 {
     const bool available = m_book->isAvailable();
     const bool selected = available && m_card != 0;
-    m_list->setEnabled(available);
+    setListEnabled(available);
     m_edit->setEnabled(selected);
     m_delete->setEnabled(selected);
     m_deleteShown->setEnabled(available && m_book->count() > 0);
@@ -265,12 +264,24 @@ void CardsPage::updateState()
     m_list->setPlaceholder(available && m_book->view().isWhole() ? m_words.none : m_state->text());
 }
 
+/* A list that is disabled gives the keys to the details next to it; when nobody took them from there, they
+ * come back. */
+void CardsPage::setListEnabled(bool on)
+{
+    const QWidget *focused = window()->focusWidget();
+    if (!on && m_list->isEnabled())
+        m_listHadKeys = focused == m_list;
+    m_list->setEnabled(on);
+    if (on && std::exchange(m_listHadKeys, false) && focused == m_details)
+        m_list->setFocus();
+}
+
 QString CardsPage::summary() const
 {
     QStringList names;
     for (const QTreeWidgetItem *row = m_list->itemAt(0, 0); row && names.size() < 5;
          row = m_list->itemBelow(row))
-        names.append(row->text(m_nameColumn));
+        names.append(row->text(m_list->nameColumn()));
     return names.isEmpty() ? m_state->text()
                            : QStringLiteral("%1, from %2").arg(m_state->text(), names.join(u", "));
 }
@@ -324,12 +335,14 @@ void CardsPage::deleteCard()
         return;
     // Read now: another application may have changed it while the question was open.
     const Card contents = m_book->ask() ? m_book->card(card) : Card();
+    const int place = m_list->verticalScrollBar()->value();
     const std::optional<unsigned long> neighbour = m_book->remove(card);
     if (!neighbour) {
         Messages::warn(this, m_words.title, tr("This could not be deleted."));
         return;
     }
     m_deleted = {contents};
+    m_list->verticalScrollBar()->setValue(place); // without the card the list went to its beginning
     showCard(*neighbour);
 }
 

@@ -72,8 +72,8 @@ public slots:
 protected:
     CardsPage(const BoxKind &kind, CategoryTable *table, PageWords words, QWidget *parent);
 
-    /** Builds the page around its list and its form. @param nameColumn the column that summary() goes by */
-    void begin(CardList *list, int nameColumn, CardForm *form);
+    /** Builds the page around its list and its form. */
+    void begin(CardList *list, CardForm *form);
     [[nodiscard]] virtual CardDetails detailsOf(unsigned long card) const = 0;
     [[nodiscard]] CategoryTable *categories() const { return m_table; }
     /** The menu of what is seldom needed. */
@@ -90,11 +90,11 @@ private:
     void chooseCategory(int id);
     void showSelected();
     void updateState();
+    void setListEnabled(bool on);
     void showCard(unsigned long card);
     void showAnew();
     void closeForm();
     void removeShown(const QList<unsigned long> &ids);
-    [[nodiscard]] unsigned long selectedCard() const;
     [[nodiscard]] QString htmlOf(unsigned long card) const;
     [[nodiscard]] QString deleteQuestion() const;
     [[nodiscard]] QString stateText() const;
@@ -102,7 +102,6 @@ private:
     PageWords m_words;
     CategoryTable *m_table;
     Book *m_book;
-    int m_nameColumn = 0;
     QStackedWidget *m_stack;
     KyCategorySelect *m_chooser = nullptr;
     SearchLine *m_search = nullptr;
@@ -116,7 +115,8 @@ private:
     QAction *m_deleteShown = nullptr;
     QAction *m_undo = nullptr;
     QList<Card> m_deleted;
-    unsigned long m_card = 0; ///< the selected card; survives a change of the list
+    unsigned long m_card = 0;   ///< the selected card; survives a change of the list
+    bool m_listHadKeys = false; ///< when it was disabled
 };
 
 #endif

@@ -26,7 +26,7 @@ ContactsPage::ContactsPage(CategoryTable *table, QWidget *parent)
     auto *list = new CardList(book(), {{tr("Name"), AddressField::FullPronunciation, 17, name},
                                        {tr("Company"), AddressField::Company, 17},
                                        {tr("Mobile phone"), AddressField::MobilePhone, 14}});
-    begin(list, 0, new ContactForm(book(), table));
+    begin(list, new ContactForm(book(), table));
     menu()->addAction(QIcon(Resource::loadPixmap(QStringLiteral("import"))), tr("Import..."), this,
                       &ContactsPage::importFile);
 }

@@ -19,7 +19,7 @@ MemosPage::MemosPage(CategoryTable *table, QWidget *parent)
     const auto title = [this](unsigned long card) { return titleOf(card); };
     begin(new CardList(book(), {{tr("Title"), MemoField::Title, 44, title},
                                 {tr("Changed"), MemoField::ChangeTime, 20}}),
-          0, new MemoForm(book(), table));
+          new MemoForm(book(), table));
 }
 
 /* A memo that was made elsewhere may have no title. */

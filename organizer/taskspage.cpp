@@ -27,11 +27,13 @@ TasksPage::TasksPage(CategoryTable *table, QWidget *parent)
         return book()->value(card, TaskField::Priority).toString();
     };
     const auto due = [this](unsigned long card) { return dateText(card, TaskField::DueDate); };
-    auto *list = new TaskList(book(), {{tr("Done"), TaskField::State, 7, done},
-                                       {tr("Description"), TaskField::Description, 36, description},
-                                       {tr("Priority"), TaskField::Priority, 10, priority},
-                                       {tr("Due"), TaskField::DueDate, 12, due}});
-    begin(list, DescriptionColumn, new TaskForm(book(), table));
+    auto *list = new TaskList(book(),
+                              {{tr("Done"), TaskField::State, 7, done},
+                               {tr("Description"), TaskField::Description, 36, description},
+                               {tr("Priority"), TaskField::Priority, 10, priority},
+                               {tr("Due"), TaskField::DueDate, 12, due}},
+                              DescriptionColumn);
+    begin(list, new TaskForm(book(), table));
     // Later: the list is in the middle of a click, and the change makes it anew.
     connect(list, &TaskList::ticked, this, &TasksPage::setDone, Qt::QueuedConnection);
     auto *space = new QShortcut(Qt::Key_Space, list);

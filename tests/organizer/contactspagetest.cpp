@@ -15,6 +15,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QProgressDialog>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -23,13 +24,13 @@
 
 namespace {
 
-const char Card[] = "BEGIN:VCARD\r\nVERSION:3.0\r\nN:%1;%2;;;\r\nFN:%1 %2\r\n"
-                    "X-PHONETIC-LAST-NAME:%3\r\nX-PHONETIC-FIRST-NAME:%4\r\nEND:VCARD\r\n";
+const char CardText[] = "BEGIN:VCARD\r\nVERSION:3.0\r\nN:%1;%2;;;\r\nFN:%1 %2\r\n"
+                        "X-PHONETIC-LAST-NAME:%3\r\nX-PHONETIC-FIRST-NAME:%4\r\nEND:VCARD\r\n";
 
 QString card(const char *last, const char *first, const char *lastReading, const char *firstReading)
 {
-    return QString::fromUtf8(Card).arg(QString::fromUtf8(last), QString::fromUtf8(first),
-                                       QString::fromUtf8(lastReading), QString::fromUtf8(firstReading));
+    return QString::fromUtf8(CardText).arg(QString::fromUtf8(last), QString::fromUtf8(first),
+                                           QString::fromUtf8(lastReading), QString::fromUtf8(firstReading));
 }
 
 QString cardIn(const char *name, const char *categories)
@@ -129,7 +130,14 @@ private slots:
     void orderOfAnEmptyBoxHoldsForItsFirstCards();
     void keysOfTheListDoNothingInTheForm();
     void newContactIsFiledUnderTheShownCategory();
+    void deletingLeavesTheListInItsPlace();
+    void savingLeavesTheListInItsPlace();
+    void lettersFindAName();
     void lentBoxShowsItsLastPictureDisabled();
+    void lentBoxShowsItsLastPictureAfterLettersThatFindNothing();
+    void unchangedFormOfALentBoxLeavesItsLastPicture();
+    void listHasTheKeysAgainAfterALoan();
+    void searchKeepsTheKeysAfterALoan();
     void loanBetweenTwoLooksIsSeen();
     void viewIsShownWhenOthersUsedUpTheNamesOfIndexes();
     void boxInUseAtTheStartIsTakenLater();
@@ -147,6 +155,8 @@ private:
     QString write(const QString &text);
     QString import(ContactsPage &page, const QString &text);
     static QStringList names(const ContactsPage &page);
+    /* Contacts with the names 10000 and so on. */
+    static bool addMany(ContactsPage &page, int count);
 
     static void useUpIndexNames(const ContactsPage &page);
 
@@ -175,6 +185,19 @@ QString ContactsPageTest::import(ContactsPage &page, const QString &text)
 QStringList ContactsPageTest::names(const ContactsPage &page)
 {
     return texts(page, 0);
+}
+
+bool ContactsPageTest::addMany(ContactsPage &page, int count)
+{
+    QList<Card> cards;
+    for (int i = 10000; i < 10000 + count; ++i) {
+        const QString name = QString::number(i);
+        cards.append({{{AddressField::LastName, name},
+                       {AddressField::FullName, name},
+                       {AddressField::FullPronunciation, name}},
+                      {}});
+    }
+    return page.book()->addAll(cards) != 0;
 }
 
 void ContactsPageTest::importedContactsComeByReading()
@@ -507,6 +530,55 @@ void ContactsPageTest::newContactIsFiledUnderTheShownCategory()
     QCOMPARE(page.book()->categories(page.book()->cardAt(0)), QList<int>{club});
 }
 
+void ContactsPageTest::deletingLeavesTheListInItsPlace()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    page.resize(480, 640);
+    page.show();
+    QVERIFY(addMany(page, 100));
+    page.selectRow(50);
+    const auto *list = page.findChild<QTreeView *>();
+    const int place = list->verticalScrollBar()->value();
+    MessageRobot robot({QMessageBox::Yes});
+    page.deleteCard();
+    QCOMPARE(names(page).value(50), QString("10051"));
+    QCOMPARE(list->currentIndex().row(), 50);
+    QCOMPARE(list->verticalScrollBar()->value(), place);
+}
+
+void ContactsPageTest::savingLeavesTheListInItsPlace()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    page.resize(480, 640);
+    page.show();
+    QVERIFY(addMany(page, 100));
+    page.selectRow(50);
+    const auto *list = page.findChild<QTreeView *>();
+    const int place = list->verticalScrollBar()->value();
+    page.editCard();
+    type(page, "Email", "a@example.org");
+    page.findChild<ContactForm *>()->save();
+    QCOMPARE(list->currentIndex().row(), 50);
+    QCOMPARE(list->verticalScrollBar()->value(), place);
+}
+
+/* Whichever cell of the row was clicked, which isn't to be seen. */
+void ContactsPageTest::lettersFindAName()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    for (const char *name : {"Ann", "Bob", "Cid"})
+        page.book()->save(0, {{AddressField::FullName, name},
+                              {AddressField::FullPronunciation, name},
+                              {AddressField::Company, "Acme"}});
+    auto *list = page.findChild<QTreeView *>();
+    list->setCurrentIndex(list->model()->index(0, 1));
+    QTest::keyClick(list, Qt::Key_C);
+    QCOMPARE(list->currentIndex().row(), 2);
+}
+
 void ContactsPageTest::lentBoxShowsItsLastPictureDisabled()
 {
     CategoryTable table;
@@ -525,6 +597,70 @@ void ContactsPageTest::lentBoxShowsItsLastPictureDisabled()
     tellAll("openFile(QString,QString)");
     QTRY_VERIFY(list->isEnabled());
     QCOMPARE(names(page), QStringList{"相川 恵"});
+}
+
+/* They read more than the list keeps. */
+void ContactsPageTest::lentBoxShowsItsLastPictureAfterLettersThatFindNothing()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    QVERIFY(addMany(page, 2100));
+    QVERIFY(showActive(page));
+    QCOMPARE(names(page).first(), QString("10000"));
+    auto *list = page.findChild<QTreeView *>();
+    QTest::keyClick(list, Qt::Key_X);
+    QTest::qWait(50); // the first key has all painted anew
+    QTest::keyClick(list, Qt::Key_Y);
+    tellAll("closeFile(QString,QString)");
+    QTRY_VERIFY_WITH_TIMEOUT(!list->isEnabled(), Patience);
+    QCOMPARE(list->indexAt({5, 5}).data().toString(), QString("10000"));
+}
+
+void ContactsPageTest::unchangedFormOfALentBoxLeavesItsLastPicture()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    import(page, card("相川", "恵", "アイカワ", "メグミ"));
+    page.show();
+    QCOMPARE(names(page), QStringList{"相川 恵"});
+    page.editCard();
+    tellAll("closeFile(QString,QString)");
+    QTRY_VERIFY_WITH_TIMEOUT(!page.book()->isAvailable(), Patience);
+    page.findChild<ContactForm *>()->save();
+    QVERIFY(!page.isEditing());
+    QCOMPARE(names(page), QStringList{"相川 恵"});
+}
+
+void ContactsPageTest::listHasTheKeysAgainAfterALoan()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    import(page, card("相川", "恵", "アイカワ", "メグミ"));
+    QVERIFY(showActive(page));
+    page.focusList();
+    auto *list = page.findChild<QTreeView *>();
+    tellAll("closeFile(QString,QString)");
+    QTRY_VERIFY_WITH_TIMEOUT(!list->isEnabled(), Patience);
+    tellAll("openFile(QString,QString)");
+    QTRY_VERIFY_WITH_TIMEOUT(list->isEnabled(), Patience);
+    QCOMPARE(page.focusWidget(), list);
+}
+
+void ContactsPageTest::searchKeepsTheKeysAfterALoan()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    import(page, card("相川", "恵", "アイカワ", "メグミ"));
+    QVERIFY(showActive(page));
+    page.focusList();
+    auto *list = page.findChild<QTreeView *>();
+    tellAll("closeFile(QString,QString)");
+    QTRY_VERIFY_WITH_TIMEOUT(!list->isEnabled(), Patience);
+    auto *search = page.findChild<QLineEdit *>("search");
+    search->setFocus();
+    tellAll("openFile(QString,QString)");
+    QTRY_VERIFY_WITH_TIMEOUT(list->isEnabled(), Patience);
+    QCOMPARE(page.focusWidget(), search);
 }
 
 /* Too short for the timer that looks at the box. */

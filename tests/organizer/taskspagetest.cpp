@@ -46,6 +46,7 @@ private slots:
     void clickOnTheTickCompletesAndOpensAgain();
     void spaceCompletesTheSelectedTask();
     void spaceInTheSearchIsALetter();
+    void lettersFindADescription();
     void newTaskIsOpenAndOfUsualPriority();
     void formShowsAndSavesEveryField();
     void takingTheDueDateAwayClearsIt();
@@ -163,6 +164,18 @@ void TasksPageTest::spaceInTheSearchIsALetter()
     QTest::keyClicks(m_page->findChild<QLineEdit *>("search"), "a b");
     QCOMPARE(m_page->findChild<QLineEdit *>("search")->text(), QString("a b"));
     QCOMPARE(tick(*m_page, 0), Qt::Unchecked);
+}
+
+void TasksPageTest::lettersFindADescription()
+{
+    addTask(m_page->book(), "ask");
+    addTask(m_page->book(), "build");
+    addTask(m_page->book(), "call");
+    auto *list = m_page->findChild<QTreeView *>();
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_C);
+    QCOMPARE(list->currentIndex().row(), 2);
+    QCOMPARE(tick(*m_page, 2), Qt::Unchecked);
 }
 
 void TasksPageTest::newTaskIsOpenAndOfUsualPriority()
