@@ -166,10 +166,11 @@ void CardsPage::categoriesChanged()
     fillCategories();
 }
 
+/* The dialog may leave no category at all, which the chooser takes for the unfiled ones. */
 void CardsPage::chooseCategory(int id)
 {
-    m_book->setCategory(id == KyCategoryCombo::AllCategories ? 0 : id);
-    m_book->ask();
+    const bool isNone = m_chooser->currentCategories().isEmpty();
+    showCategory(id == KyCategoryCombo::AllCategories || isNone ? 0 : id);
 }
 
 void CardsPage::showCategory(int category)

@@ -9,6 +9,7 @@
 #include "pagefixture.h"
 
 #include <QDialogButtonBox>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
 #include <QToolButton>
@@ -72,7 +73,7 @@ void press(QDialog *dialog, QDialogButtonBox::StandardButton button)
 void press(QDialog *dialog, const QString &text)
 {
     for (QPushButton *candidate : dialog->findChildren<QPushButton *>()) {
-        if (candidate->text().remove(u'&') == text)
+        if (candidate->text().remove(u'&') == text || candidate->accessibleName() == text)
             candidate->click();
     }
 }
@@ -102,6 +103,10 @@ private slots:
     void filingLeavesOtherFieldsAlone();
     void dialogAddsForAllPages();
     void dialogThatIsCancelledKeepsTheView();
+    void dialogThatTicksSeveralShowsTheFirst();
+    void dialogThatTicksNoneShowsAllCards();
+    void dialogThatRemovesTheShownCategoryShowsAllCards_data();
+    void dialogThatRemovesTheShownCategoryShowsAllCards();
     void renamedCategoryIsSeenOnAllPages();
     void removingTheShownCategoryShowsAllCards();
     void removedCategoryGoesFromTheCardsOfAllBoxes();
@@ -317,6 +322,70 @@ void PageCategoriesTest::dialogThatIsCancelledKeepsTheView()
     QVERIFY(hands.areDone());
     QCOMPARE(chooser(contacts())->currentText(), QString("Club"));
     QCOMPARE(texts(contacts(), 0), QStringList{"Ann"});
+}
+
+void PageCategoriesTest::dialogThatTicksSeveralShowsTheFirst()
+{
+    const int club = table().add("Club");
+    const int work = table().add("Work");
+    addContact("Ann", {club});
+    addContact("Bob", {work});
+    Hands hands({[](QDialog *dialog) {
+        row(dialog, "Club")->setCheckState(0, Qt::Checked);
+        row(dialog, "Work")->setCheckState(0, Qt::Checked);
+        press(dialog, QDialogButtonBox::Ok);
+    }});
+    contacts().showCategories();
+    QVERIFY(hands.areDone());
+    QCOMPARE(texts(contacts(), 0), QStringList{"Ann"});
+    QTRY_COMPARE_WITH_TIMEOUT(choices(contacts()), (QStringList{"Club", "Work", "Unfiled", "All"}), Patience);
+    QCOMPARE(chooser(contacts())->currentText(), QString("Club"));
+}
+
+void PageCategoriesTest::dialogThatTicksNoneShowsAllCards()
+{
+    const int club = table().add("Club");
+    addContact("Ann", {club});
+    addContact("Bob");
+    contacts().showCategory(club);
+    Hands hands({[](QDialog *dialog) {
+        row(dialog, "Club")->setCheckState(0, Qt::Unchecked);
+        press(dialog, QDialogButtonBox::Ok);
+    }});
+    contacts().showCategories();
+    QVERIFY(hands.areDone());
+    QCOMPARE(texts(contacts(), 0), (QStringList{"Ann", "Bob"}));
+    QTRY_COMPARE_WITH_TIMEOUT(chooser(contacts())->currentText(), QString("All"), Patience);
+}
+
+void PageCategoriesTest::dialogThatRemovesTheShownCategoryShowsAllCards_data()
+{
+    QTest::addColumn<QDialogButtonBox::StandardButton>("end");
+    QTest::newRow("accepted") << QDialogButtonBox::Ok;
+    QTest::newRow("cancelled") << QDialogButtonBox::Cancel;
+}
+
+void PageCategoriesTest::dialogThatRemovesTheShownCategoryShowsAllCards()
+{
+    QFETCH(QDialogButtonBox::StandardButton, end);
+    const int club = table().add("Club");
+    table().add("Work");
+    addContact("Ann", {club});
+    addContact("Bob");
+    contacts().showCategory(club);
+    Hands hands(
+        {[end](QDialog *dialog) {
+             dialog->findChild<QTreeWidget *>()->setCurrentItem(row(dialog, "Club"));
+             press(dialog, "Delete");
+             press(dialog, end);
+         },
+         [](QDialog *question) { static_cast<QMessageBox *>(question)->button(QMessageBox::Yes)->click(); }});
+    contacts().showCategories();
+    QVERIFY(hands.areDone());
+    QTRY_COMPARE_WITH_TIMEOUT(texts(contacts(), 0), (QStringList{"Ann", "Bob"}), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(choices(contacts()), (QStringList{"Work", "Unfiled", "All"}), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(chooser(contacts())->currentText(), QString("All"), Patience);
+    QCOMPARE(contacts().book()->view().category, 0);
 }
 
 void PageCategoriesTest::renamedCategoryIsSeenOnAllPages()
