@@ -73,7 +73,7 @@ void CardList::keyboardSearch(const QString &search)
     selectionModel()->setCurrentIndex(currentIndex().siblingAtColumn(m_nameColumn),
                                       QItemSelectionModel::NoUpdate);
     KyDbListView::keyboardSearch(search);
-    triggerUpdate();
+    viewport()->repaint(); // now: the box may be lent by the next event
 }
 
 /* The book tells of its new view, or keeps its order for later. */
