@@ -78,7 +78,6 @@ protected:
     [[nodiscard]] CategoryTable *categories() const { return m_table; }
     /** The menu of what is seldom needed. */
     [[nodiscard]] QMenu *menu() const { return m_menu; }
-    [[nodiscard]] unsigned long currentCard() const { return m_card; }
 
 private:
     void addActions(QWidget *page, QToolBar *bar);

@@ -5,8 +5,6 @@
 #include "tasklist.h"
 #include "timestring.h"
 
-#include <QShortcut>
-
 namespace {
 
 QString counted(int tasks)
@@ -36,9 +34,6 @@ TasksPage::TasksPage(CategoryTable *table, QWidget *parent)
     begin(list, new TaskForm(book(), table));
     // Later: the list is in the middle of a click, and the change makes it anew.
     connect(list, &TaskList::ticked, this, &TasksPage::setDone, Qt::QueuedConnection);
-    auto *space = new QShortcut(Qt::Key_Space, list);
-    space->setContext(Qt::WidgetShortcut);
-    connect(space, &QShortcut::activated, this, &TasksPage::turnCurrent);
 }
 
 bool TasksPage::isDone(unsigned long card) const
@@ -73,10 +68,4 @@ void TasksPage::setDone(unsigned long card, bool isDone)
 {
     if (book()->save(card, TaskForm::stateValues(isDone)) == 0)
         Messages::warn(this, tr("Tasks"), tr("The task could not be changed."));
-}
-
-void TasksPage::turnCurrent()
-{
-    if (book()->ask() && currentCard() != 0)
-        setDone(currentCard(), !isDone(currentCard()));
 }

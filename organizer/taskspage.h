@@ -15,7 +15,6 @@ protected:
 
 private:
     void setDone(unsigned long card, bool isDone);
-    void turnCurrent();
     [[nodiscard]] bool isDone(unsigned long card) const;
     [[nodiscard]] QString dateText(unsigned long card, int field) const;
 };
