@@ -12,7 +12,8 @@ namespace {
 /** People whose names go together: either all of them have a reading, or none. */
 using People = QList<ContactFields>;
 
-constexpr int FirstNameFields[] = {AddressField::FirstName, AddressField::FirstPronunciation};
+constexpr int OtherFields[] = {AddressField::FirstName, AddressField::FirstPronunciation,
+                               AddressField::Company, AddressField::CompanyPronunciation};
 constexpr int PhoneFields[] = {AddressField::MobilePhone, AddressField::HomePhone,
                                AddressField::BusinessPhone};
 
@@ -36,13 +37,13 @@ QString withNumber(const QString &phone, qsizetype number)
     return phone.chopped(4) + QStringLiteral("%1").arg(number % 10000, 4, 10, QLatin1Char('0'));
 }
 
-/** The person of a number: the family and all else of one sample, the first name of another. */
+/** The person of a number: the family and all else of one sample, first name and company of another. */
 ContactFields person(const People &people, qsizetype number)
 {
     const qsizetype size = people.size();
     ContactFields result = people[number % size];
     const ContactFields &other = people[(number + number / size) % size];
-    for (int field : FirstNameFields)
+    for (int field : OtherFields)
         result.values[field] = other.values.value(field);
     for (int field : PhoneFields) {
         const QString phone = result.values.value(field);
