@@ -48,9 +48,12 @@ void MainWindow::addPage(QWidget *page, const char *icon, const QString &title)
     connect(shortcut, &QShortcut::activated, this, [=, this] { showPage(page); });
 }
 
+/* A list whose box was lent could not take the keys when its page came to the front. */
 void MainWindow::showPage(QWidget *page)
 {
     m_pages->setCurrentWidget(page);
+    if (QWidget *focused = page->focusWidget())
+        focused->setFocus();
 }
 
 /* The page that the user sees asks for its box; the others may stay lent. */

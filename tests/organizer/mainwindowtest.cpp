@@ -52,6 +52,7 @@ private slots:
     void init() { removeBoxes(); }
     void keysReachThePages();
     void listOfThePageInFrontHasTheKeys();
+    void listThatWasLentBehindAnotherPageHasTheKeys();
     void closingAsksAboutAnUnsavedForm();
     void samplesFillEmptyBoxesOnly();
     void inventedContactsAreAsManyAsWanted();
@@ -89,6 +90,19 @@ void MainWindowTest::listOfThePageInFrontHasTheKeys()
     QCOMPARE(window.focusWidget(), window.memos()->findChild<QTreeView *>());
     QTest::keyClick(&window, Qt::Key_2, Qt::ControlModifier);
     QCOMPARE(window.focusWidget(), window.tasks()->findChild<QTreeView *>());
+}
+
+void MainWindowTest::listThatWasLentBehindAnotherPageHasTheKeys()
+{
+    MainWindow window;
+    QVERIFY(showActive(window));
+    QTest::keyClick(&window, Qt::Key_2, Qt::ControlModifier);
+    const auto *list = window.contacts()->findChild<QTreeView *>();
+    tellAll("closeFile(QString,QString)");
+    QTRY_VERIFY_WITH_TIMEOUT(!list->isEnabled(), Patience);
+    QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
+    QTRY_VERIFY_WITH_TIMEOUT(list->isEnabled(), Patience);
+    QCOMPARE(window.focusWidget(), list);
 }
 
 void MainWindowTest::closingAsksAboutAnUnsavedForm()
