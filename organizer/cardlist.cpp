@@ -90,6 +90,8 @@ void CardList::resizeEvent(QResizeEvent *event)
     int letters = 0;
     for (const CardColumn &column : m_columns)
         letters += column.letters;
+    if (letters == 0)
+        return;
     for (int column = 0; column < m_columns.size(); ++column)
         header()->resizeSection(column, viewport()->width() * m_columns[column].letters / letters);
 }
