@@ -5,15 +5,13 @@
 #include "taskspage.h"
 
 #include "addressfields.h"
+#include "categoryrobot.h"
 #include "channellistener.h"
+#include "editdialogrobot.h"
+#include "messagerobot.h"
 #include "pagefixture.h"
 
-#include <QDialogButtonBox>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QTimer>
 #include <QToolButton>
-#include <QTreeWidget>
 
 namespace {
 
@@ -34,53 +32,12 @@ void choose(const KyCategorySelect &select, const QString &name)
     emit box->activated(box->currentIndex());
 }
 
-/* Lets a user work in each modal dialog that opens, one step for each. */
-class Hands
+void press(const SeenDialog &dialog, const QString &text)
 {
-public:
-    using Step = std::function<void(QDialog *)>;
-
-    explicit Hands(QList<Step> steps) : m_steps(std::move(steps))
-    {
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { look(); });
-        m_timer.start(5);
-    }
-
-    /** True when every dialog that was waited for came. */
-    [[nodiscard]] bool areDone() const { return m_steps.isEmpty(); }
-
-private:
-    void look()
-    {
-        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-        if (!dialog || !dialog->isVisible() || dialog == m_last || m_steps.isEmpty())
-            return;
-        m_last = dialog;
-        m_timer.start(5); // anew, since a timer doesn't fire inside its own slot
-        m_steps.takeFirst()(dialog);
-    }
-
-    QTimer m_timer;
-    QPointer<QDialog> m_last;
-    QList<Step> m_steps;
-};
-
-void press(QDialog *dialog, QDialogButtonBox::StandardButton button)
-{
-    dialog->findChild<QDialogButtonBox *>()->button(button)->click();
-}
-
-void press(QDialog *dialog, const QString &text)
-{
-    for (QPushButton *candidate : dialog->findChildren<QPushButton *>()) {
+    for (QPushButton *candidate : dialog.widget()->findChildren<QPushButton *>()) {
         if (candidate->text().remove(u'&') == text || candidate->accessibleName() == text)
             candidate->click();
     }
-}
-
-QTreeWidgetItem *row(QDialog *dialog, const QString &name)
-{
-    return dialog->findChild<QTreeWidget *>()->findItems(name, Qt::MatchExactly).value(0);
 }
 
 } // namespace
@@ -214,12 +171,12 @@ void PageCategoriesTest::formFilesUnderSeveralCategories()
     const unsigned long ann = addContact("Ann", {club});
     contacts().editCard();
     auto *form = contacts().findChild<CardForm *>();
-    Hands hands({[](QDialog *dialog) {
-        row(dialog, "Work")->setCheckState(0, Qt::Checked);
-        press(dialog, QDialogButtonBox::Ok);
-    }});
+    const EditDialogRobot robot([](const SeenDialog &dialog) {
+        dialog.check("Work");
+        dialog.accept();
+    });
     QTest::mouseClick(filing(contacts()).findChild<QToolButton *>(), Qt::LeftButton);
-    QVERIFY(hands.areDone());
+    QCOMPARE(robot.dialogs(), 1);
     QVERIFY(form->isModified());
     form->save();
     QCOMPARE(contacts().book()->categories(ann), (QList<int>{club, work}));
@@ -293,16 +250,13 @@ void PageCategoriesTest::filingLeavesOtherFieldsAlone()
 
 void PageCategoriesTest::dialogAddsForAllPages()
 {
-    Hands hands({[](QDialog *dialog) {
-                     press(dialog, "Add");
-                     press(dialog, QDialogButtonBox::Ok);
-                 },
-                 [](QDialog *dialog) {
-                     dialog->findChild<QLineEdit *>()->setText("Club");
-                     press(dialog, QDialogButtonBox::Ok);
-                 }});
+    const CategoryRobot name({"Club"});
+    const EditDialogRobot robot([](const SeenDialog &dialog) {
+        press(dialog, "Add");
+        dialog.accept();
+    });
     contacts().showCategories();
-    QVERIFY(hands.areDone());
+    QCOMPARE(robot.dialogs(), 1);
     for (const CardsPage *page : pages())
         QTRY_COMPARE_WITH_TIMEOUT(choices(*page), (QStringList{"Club", "Unfiled", "All"}), Patience);
     QCOMPARE(chooser(contacts())->currentText(), QString("All"));
@@ -314,12 +268,12 @@ void PageCategoriesTest::dialogThatIsCancelledKeepsTheView()
     addContact("Ann", {club});
     addContact("Bob");
     contacts().showCategory(club);
-    Hands hands({[](QDialog *dialog) {
-        row(dialog, "Club")->setCheckState(0, Qt::Unchecked);
-        dialog->reject();
-    }});
+    const EditDialogRobot robot([](const SeenDialog &dialog) {
+        dialog.check("Club", false);
+        dialog.cancel();
+    });
     contacts().showCategories();
-    QVERIFY(hands.areDone());
+    QCOMPARE(robot.dialogs(), 1);
     QCOMPARE(chooser(contacts())->currentText(), QString("Club"));
     QCOMPARE(texts(contacts(), 0), QStringList{"Ann"});
 }
@@ -330,13 +284,13 @@ void PageCategoriesTest::dialogThatTicksSeveralShowsTheFirst()
     const int work = table().add("Work");
     addContact("Ann", {club});
     addContact("Bob", {work});
-    Hands hands({[](QDialog *dialog) {
-        row(dialog, "Club")->setCheckState(0, Qt::Checked);
-        row(dialog, "Work")->setCheckState(0, Qt::Checked);
-        press(dialog, QDialogButtonBox::Ok);
-    }});
+    const EditDialogRobot robot([](const SeenDialog &dialog) {
+        dialog.check("Club");
+        dialog.check("Work");
+        dialog.accept();
+    });
     contacts().showCategories();
-    QVERIFY(hands.areDone());
+    QCOMPARE(robot.dialogs(), 1);
     QCOMPARE(texts(contacts(), 0), QStringList{"Ann"});
     QTRY_COMPARE_WITH_TIMEOUT(choices(contacts()), (QStringList{"Club", "Work", "Unfiled", "All"}), Patience);
     QCOMPARE(chooser(contacts())->currentText(), QString("Club"));
@@ -348,12 +302,12 @@ void PageCategoriesTest::dialogThatTicksNoneShowsAllCards()
     addContact("Ann", {club});
     addContact("Bob");
     contacts().showCategory(club);
-    Hands hands({[](QDialog *dialog) {
-        row(dialog, "Club")->setCheckState(0, Qt::Unchecked);
-        press(dialog, QDialogButtonBox::Ok);
-    }});
+    const EditDialogRobot robot([](const SeenDialog &dialog) {
+        dialog.check("Club", false);
+        dialog.accept();
+    });
     contacts().showCategories();
-    QVERIFY(hands.areDone());
+    QCOMPARE(robot.dialogs(), 1);
     QCOMPARE(texts(contacts(), 0), (QStringList{"Ann", "Bob"}));
     QTRY_COMPARE_WITH_TIMEOUT(chooser(contacts())->currentText(), QString("All"), Patience);
 }
@@ -373,15 +327,13 @@ void PageCategoriesTest::dialogThatRemovesTheShownCategoryShowsAllCards()
     addContact("Ann", {club});
     addContact("Bob");
     contacts().showCategory(club);
-    Hands hands(
-        {[end](QDialog *dialog) {
-             dialog->findChild<QTreeWidget *>()->setCurrentItem(row(dialog, "Club"));
-             press(dialog, "Delete");
-             press(dialog, end);
-         },
-         [](QDialog *question) { static_cast<QMessageBox *>(question)->button(QMessageBox::Yes)->click(); }});
+    const MessageRobot yes({QMessageBox::Yes});
+    const EditDialogRobot robot([end](const SeenDialog &dialog) {
+        press(dialog, "Delete"); // the first category
+        dialog.button(end)->click();
+    });
     contacts().showCategories();
-    QVERIFY(hands.areDone());
+    QCOMPARE(robot.dialogs(), 1);
     QTRY_COMPARE_WITH_TIMEOUT(texts(contacts(), 0), (QStringList{"Ann", "Bob"}), Patience);
     QTRY_COMPARE_WITH_TIMEOUT(choices(contacts()), (QStringList{"Work", "Unfiled", "All"}), Patience);
     QTRY_COMPARE_WITH_TIMEOUT(chooser(contacts())->currentText(), QString("All"), Patience);
