@@ -4,6 +4,8 @@
 #include "contact.h"
 #include "readings.h"
 
+#include <algorithm>
+
 namespace {
 
 using Text = std::function<QString(int)>;
@@ -56,8 +58,23 @@ QString fullReading(const Text &text)
                : reading;
 }
 
+/* What the names go by where a contact has no name of a person. */
+constexpr int Substitutes[] = {AddressField::Nickname, AddressField::Company,
+                               AddressField::CompanyPronunciation, AddressField::DefaultEmail,
+                               AddressField::MobilePhone};
+
+Text withoutSubstitutes(const Text &text)
+{
+    return [text](int field) {
+        return std::find(std::begin(Substitutes), std::end(Substitutes), field) == std::end(Substitutes)
+                   ? text(field)
+                   : QString();
+    };
+}
+
 } // namespace
 
+/* A name that was given to the contact, not composed, is replaced when the person's name changes only. */
 void ContactNames::completeNames(CardValues &changed, const CardValues &original)
 {
     const Text after = [&changed, &original](int field) {
@@ -66,8 +83,10 @@ void ContactNames::completeNames(CardValues &changed, const CardValues &original
     const Text before = [&original](int field) { return original.value(field).toString(); };
     const auto complete = [&](int field, QString (*compose)(const Text &)) {
         const QString text = compose(after);
-        const bool isStale = text != compose(before) || before(field).isEmpty();
-        if (isStale && text != before(field))
+        const bool isGiven = !before(field).isEmpty() && before(field) != compose(before);
+        const bool isKept =
+            isGiven && compose(withoutSubstitutes(after)) == compose(withoutSubstitutes(before));
+        if (!isKept && text != before(field))
             changed.insert(field, text);
     };
     complete(AddressField::FullName, fullName);

@@ -861,6 +861,17 @@ void ContactsPageTest::namesFollowTheirParts_data()
     row("given name stays when a phone changes",
         {{FullName, "The Boss"}, {LastName, "Smith"}, {FullPronunciation, "B"}}, {{HomePhone, "1"}},
         "The Boss", "B");
+    row("given name without parts stays when a mail address comes",
+        {{FullName, "The Boss"}, {FullPronunciation, "B"}}, {{DefaultEmail, "a@example.org"}}, "The Boss",
+        "B");
+    row("given name without parts stays when the company changes",
+        {{FullName, "The Boss"}, {FullPronunciation, "B"}, {Company, "Acme"}}, {{Company, "Example"}},
+        "The Boss", "B");
+    row("given name without parts goes when a last name comes",
+        {{FullName, "The Boss"}, {FullPronunciation, "B"}}, {{LastName, "Jones"}}, "Jones", "Jones");
+    row("composed name goes with its company",
+        {{FullName, "Acme"}, {FullPronunciation, "Acme"}, {Company, "Acme"}}, {{Company, "Example"}},
+        "Example", "Example");
     row("given name goes when the last name changes",
         {{FullName, "The Boss"}, {LastName, "Smith"}, {FullPronunciation, "B"}}, {{LastName, "Jones"}},
         "Jones", "Jones");
