@@ -137,8 +137,10 @@ bool addSampleContacts(MainWindow &window, int count)
     Book *contacts = window.contacts()->book();
     if (!contacts->ask())
         return false;
-    if (!contacts->allCards().isEmpty())
+    if (!contacts->allCards().isEmpty()) {
+        std::fputs("kyorganizer: there are contacts already; none were invented\n", stderr);
         return true;
+    }
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const QList<Card> cards = manyContacts(count, *window.categories());
     const bool added = contacts->addAll(cards) != 0;

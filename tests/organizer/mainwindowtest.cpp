@@ -23,9 +23,10 @@
 class Organizer
 {
 public:
-    explicit Organizer(const QStringList &arguments)
+    explicit Organizer(const QStringList &arguments,
+                       QProcess::ProcessChannelMode mode = QProcess::ForwardedErrorChannel)
     {
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process.setProcessChannelMode(mode);
         m_process.start(QStringLiteral(KY_ORGANIZER), arguments);
     }
     ~Organizer()
@@ -57,6 +58,7 @@ private slots:
     void samplesFillEmptyBoxesOnly();
     void inventedContactsAreAsManyAsWanted();
     void inventedContactsFillAnEmptyBoxOnly();
+    void contactsThatAreNotInventedAreToldOf();
     void numberOfInventedContactsIsChecked_data();
     void numberOfInventedContactsIsChecked();
     void tourShowsThousandsOfContacts();
@@ -163,6 +165,18 @@ void MainWindowTest::inventedContactsFillAnEmptyBoxOnly()
     QCOMPARE(window.contacts()->book()->count(), 20);
 }
 
+void MainWindowTest::contactsThatAreNotInventedAreToldOf()
+{
+    const QTemporaryDir folder;
+    const QStringList options = {"--contacts", "20", "--tour", folder.path()};
+    Organizer first(options, QProcess::MergedChannels);
+    QCOMPARE(first.ended(60000), 0);
+    QVERIFY(!first.output().contains("none were invented"));
+    Organizer second(options, QProcess::MergedChannels);
+    QCOMPARE(second.ended(60000), 0);
+    QVERIFY(second.output().contains("there are contacts already; none were invented"));
+}
+
 void MainWindowTest::numberOfInventedContactsIsChecked_data()
 {
     QTest::addColumn<QString>("number");
@@ -200,8 +214,8 @@ void MainWindowTest::tourShowsAllPages()
           "memos-category: Business: 1 memo, from Meeting notes", "categories: 9 categories",
           "  Desktop: 800 x 600 pixels, landscape"})
         QVERIFY2(lines.contains(line), lines);
-    for (const char *page :
-         {"contacts", "contact", "contacts-search", "tasks", "task", "memos", "memo", "tasks-category", "categories"}) {
+    for (const char *page : {"contacts", "contact", "contacts-search", "tasks", "task", "memos", "memo",
+                             "tasks-category", "categories"}) {
         const QImage picture(folder.filePath(QLatin1String(page) + ".png"));
         QCOMPARE(picture.size(), QSize(800, 600));
     }
