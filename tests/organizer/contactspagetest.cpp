@@ -128,6 +128,7 @@ private slots:
     void clickOnAHeaderSortsAndASecondOneTurns();
     void menuSortsAsHeadersDo();
     void orderOfAnEmptyBoxHoldsForItsFirstCards();
+    void orderThatIsChosenWhileTheBoxIsLentHoldsAfterwards();
     void keysOfTheListDoNothingInTheForm();
     void newContactIsFiledUnderTheShownCategory();
     void deletingLeavesTheListInItsPlace();
@@ -495,6 +496,25 @@ void ContactsPageTest::orderOfAnEmptyBoxHoldsForItsFirstCards()
     for (const char *company : {"Z", "X", "Y"})
         page.book()->save(0, {{AddressField::Company, company}, {AddressField::FullPronunciation, "same"}});
     QCOMPARE(texts(page, 1), (QStringList{"X", "Y", "Z"}));
+}
+
+void ContactsPageTest::orderThatIsChosenWhileTheBoxIsLentHoldsAfterwards()
+{
+    CategoryTable table;
+    ContactsPage page(&table);
+    for (const char *company : {"Y", "Z", "X"})
+        page.book()->save(0, {{AddressField::Company, company}, {AddressField::FullPronunciation, company}});
+    auto *list = page.findChild<CardList *>();
+    list->headerClicked(1);
+    tellAll("closeFile(QString,QString)");
+    QTRY_VERIFY_WITH_TIMEOUT(!page.book()->isAvailable(), Patience);
+    QCOMPARE(list->header()->sortIndicatorSection(), 1);
+    list->headerClicked(1); // by the menu: the list is disabled
+    QCOMPARE(list->header()->sortIndicatorSection(), 1);
+    tellAll("openFile(QString,QString)");
+    QTRY_COMPARE_WITH_TIMEOUT(texts(page, 1), (QStringList{"Z", "Y", "X"}), Patience);
+    QCOMPARE(list->header()->sortIndicatorSection(), 1);
+    QCOMPARE(list->header()->sortIndicatorOrder(), Qt::DescendingOrder);
 }
 
 void ContactsPageTest::keysOfTheListDoNothingInTheForm()
