@@ -261,7 +261,7 @@ QList<int> KyCategories::ids(const QStringList &names) const
     const OpenTable table(*d);
     QList<int> known;
     for (const QString &name : names) {
-        if (const int id = table ? d->idOf(name) : 0)
+        if (const int id = table || isUnfiled(name) ? d->idOf(name) : 0)
             known.append(id);
     }
     return known;

@@ -769,8 +769,9 @@ void KyCategoriesTest::missingTable()
     QVERIFY(!categories.removeCategory("a"));
     QVERIFY(!categories.renameCategory("a", "b"));
     QCOMPARE(categories.id("a"), 0);
-    QCOMPARE(categories.ids({"a", Unfiled}), QList<int>());
+    QCOMPARE(categories.ids({"a", Unfiled}), QList<int>{UnfiledCategoryId});
     QVERIFY(categories.label(1).isNull());
+    QCOMPARE(categories.label(UnfiledCategoryId), Unfiled);
     QCOMPARE(categories.labels(true), QStringList{Unfiled});
     QVERIFY(!categories.exists("a"));
     QVERIFY(!categories.isSystemCategory("a"));
