@@ -1,6 +1,7 @@
 #include "indexorder.h"
 
 #include <algorithm>
+#include <compare>
 #include <cstring>
 
 namespace pdtm {
@@ -233,19 +234,19 @@ void IndexOrder::noteAllFirst()
 bool IndexOrder::standsBefore(CardId left, const SortPlace &place) const
 {
     const KeyPlace &there = keyPlaceOf(left);
-    if (const auto order = there.beginning <=> place.beginning; order != 0) {
-        return order < 0;
+    if (const auto order = there.beginning <=> place.beginning; std::is_neq(order)) {
+        return std::is_lt(order);
     }
     // When one of the keys is no longer than that, the other begins with it.
     const bool isTold = std::min<size_t>(there.length, place.key.size()) <= sizeof there.beginning;
     const auto order = isTold ? there.length <=> place.key.size() : compareKeys(keyOf(left), place.key) <=> 0;
-    return order < 0 || (order == 0 && left < place.card);
+    return std::is_lt(order) || (std::is_eq(order) && left < place.card);
 }
 
 bool IndexOrder::beginsBefore(size_t block, const SortPlace &place) const
 {
     const auto order = m_beginnings[block] <=> place.beginning;
-    return order != 0 ? order < 0 : standsBefore(*blockSlots(block), place);
+    return std::is_neq(order) ? std::is_lt(order) : standsBefore(*blockSlots(block), place);
 }
 
 /** The last block whose first card stands before, else the first one. */
