@@ -31,6 +31,12 @@ QString askForName(const QString &caption, const QString &prompt, const QString 
 
 } // namespace
 
+void tellCategoryChange(const QString &application)
+{
+    QCopEnvelope message(SystemChannel, CategoryChange);
+    message << application;
+}
+
 KyCategoryEdit::KyCategoryEdit(QWidget *parent, const char *name) : KyCategoryEditBase(parent, name) {}
 
 KyCategoryEdit::KyCategoryEdit(const QList<int> &ids, const QString &appName, const QString &visibleName,
@@ -175,8 +181,7 @@ QList<int> KyCategoryEdit::newCategories()
     }
     const QList<int> ids = d->categories->ids(names);
     const QList<int> checked = d->categories->isReachable() ? ids : idsOfRows;
-    QCopEnvelope message(SystemChannel, CategoryChange);
-    message << d->appName;
+    tellCategoryChange(d->appName);
     return checked + d->unlisted;
 }
 

@@ -19,4 +19,7 @@ public:
     QList<int> unlisted; ///< categories of the record without a row, since the table was out of reach
 };
 
+/** Sends `categoryChange(QString)` with an application's name on "QPE/System". */
+void tellCategoryChange(const QString &application);
+
 #endif

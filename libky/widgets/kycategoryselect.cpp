@@ -1,9 +1,9 @@
 #include "kycategoryselect.h"
 #include "kycategorycombo.h"
+#include "kycategoryedit_p.h"
 #include "kycategorywidget.h"
 #include "kymisc.h"
 #include "kypdatamanager.h"
-#include "qcopenvelope.h"
 #include "resource.h"
 #include "warning_p.h"
 #include <optional>
@@ -33,13 +33,6 @@ QStringList rowsOf(const QComboBox &combo)
     for (int row = 0; row < combo.count(); ++row)
         rows.append(combo.itemText(row));
     return rows;
-}
-
-/** As a dialog that is accepted does it. */
-void tellChange(const QString &application)
-{
-    QCopEnvelope message("QPE/System", "categoryChange(QString)");
-    message << application;
 }
 
 /** Tells all processes that this one has the dialog of categories open. */
@@ -275,7 +268,7 @@ bool KyCategorySelect::refresh()
     d->currentIds = combo->initComboWithRefind(d->currentIds, appName);
     addAllRow();
     if (rowsOf(*combo) != previous)
-        tellChange(appName);
+        tellCategoryChange(appName);
     if (category == KyCategoryCombo::AllCategories)
         selectAllRow();
     else
