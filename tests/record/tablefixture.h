@@ -3,8 +3,10 @@
 
 #include "kycategories.h"
 #include "recordfixture.h"
+#include <initializer_list>
 #include <QDir>
 #include <QMap>
+#include <utility>
 
 // The table of categories, for the tests of it. There is one in each HOME.
 
@@ -27,6 +29,16 @@ inline bool removeTable()
 inline bool makeTable()
 {
     return removeTable() && KyCategories::createFile(nullptr) && QFile::exists(KyCategories::boxFileName());
+}
+
+/** A table of a few categories, whose ids are stored. */
+inline bool makeTable(std::initializer_list<std::pair<const char *, int *>> categories)
+{
+    bool isMade = makeTable();
+    KyCategories table;
+    for (const auto &[name, id] : categories)
+        isMade = isMade && (*id = table.addCategory(name)) != 0;
+    return isMade;
 }
 
 /** Makes categories "1", "2", ... with these ids at one stroke. */

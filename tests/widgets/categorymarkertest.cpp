@@ -166,12 +166,7 @@ private:
 void CategoryMarkerTest::init()
 {
     QFile::remove(categoryEdittingFileName());
-    QVERIFY(makeTable());
-    KyCategories categories;
-    m_work = categories.addCategory("work");
-    m_club = categories.addCategory("club");
-    m_home = categories.addCategory("home");
-    QVERIFY(m_work && m_club && m_home);
+    QVERIFY(makeTable({{"work", &m_work}, {"club", &m_club}, {"home", &m_home}}));
 }
 
 void CategoryMarkerTest::secondApplicationIsRefusedUntilTheFirstIsDone()

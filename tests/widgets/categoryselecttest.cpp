@@ -159,12 +159,7 @@ void CategorySelectTest::initTestCase()
 
 void CategorySelectTest::init()
 {
-    QVERIFY(makeTable());
-    KyCategories categories;
-    m_work = categories.addCategory("work");
-    m_club = categories.addCategory("club");
-    m_home = categories.addCategory("home");
-    QVERIFY(m_work && m_club && m_home);
+    QVERIFY(makeTable({{"work", &m_work}, {"club", &m_club}, {"home", &m_home}}));
 }
 
 void CategorySelectTest::cleanup()
