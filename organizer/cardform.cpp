@@ -18,7 +18,10 @@ CardForm::CardForm(Book *book, CategoryTable *table, FormWords words, QWidget *p
       m_categories(new KyCategorySelect)
 {
     (new QVBoxLayout(this))->addLayout(m_body, 1);
-    connect(table, &CategoryTable::changed, this, [this] { showCategories(filed()); });
+    connect(table, &CategoryTable::changed, this, [this] {
+        if (!isHidden()) // edit() reads them anew
+            showCategories(filed());
+    });
 
     auto addShortcut = [this](const QKeySequence &keys, void (CardForm::*slot)()) {
         auto *shortcut = new QShortcut(keys, this);

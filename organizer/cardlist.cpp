@@ -80,7 +80,6 @@ void CardList::keyboardSearch(const QString &search)
 void CardList::sort(int column, bool ascending)
 {
     m_book->setOrder(m_columns[column].field, ascending);
-    updateSortIndicator();
 }
 
 /* The columns share the room by their letters. */

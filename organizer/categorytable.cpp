@@ -85,3 +85,9 @@ int CategoryTable::add(const QString &name)
         announce();
     return added;
 }
+
+int CategoryTable::idMade(const QString &name)
+{
+    const int present = id(name);
+    return present != 0 ? present : add(name);
+}

@@ -39,6 +39,8 @@ public:
     /** Adds a category; events of the application are handled inside. @return its id; 0 for a name that
      * exists or is invalid, when there is no room, and on failure */
     int add(const QString &name);
+    /** The id of a name, which is added when it is missing; 0 when it can't be. */
+    int idMade(const QString &name);
 
 signals:
     /** Names or ids are others now, or cards have lost a category. */

@@ -60,12 +60,6 @@ bool isComposed(int field)
            field == AddressField::FileAs;
 }
 
-int categoryOf(CategoryTable &table, const QString &name)
-{
-    const int present = table.id(name);
-    return present != 0 ? present : table.add(name);
-}
-
 Card cardOf(const ContactFields &fields, CategoryTable &table)
 {
     Card card;
@@ -75,7 +69,7 @@ Card cardOf(const ContactFields &fields, CategoryTable &table)
     }
     ContactNames::completeNames(card.values, card.values);
     for (const QString &name : fields.categories) {
-        const int category = categoryOf(table, name);
+        const int category = table.idMade(name);
         if (category != 0)
             card.categories.append(category);
     }

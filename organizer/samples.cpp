@@ -77,9 +77,7 @@ QList<int> categoriesOf(CategoryTable &table, const char *category)
 {
     if (!category)
         return {};
-    const QString name = translated(category);
-    const int present = table.id(name);
-    const int id = present != 0 ? present : table.add(name);
+    const int id = table.idMade(translated(category));
     return id == 0 ? QList<int>() : QList<int>{id};
 }
 
